@@ -1,6 +1,8 @@
 #include "chartcore/script_editor/script_words.h"
 
 #include <cwchar>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -123,4 +125,130 @@ TEST(ScriptWords, IndexStaysCorrectWhileGrowing) {
     EXPECT_EQ(ix.Find(w, static_cast<int>(std::wcslen(w))), static_cast<unsigned>(i + 1));
   }
   EXPECT_EQ(ix.Find(L"fn1000", 6), 0u);
+}
+
+// ---------------------------------------------------------------------------
+// Line parsing
+// ---------------------------------------------------------------------------
+
+namespace {
+
+struct Block {
+  int m_nCharPos;
+  int m_nColorIndex;
+};
+
+struct Parsed {
+  std::vector<std::pair<int, int>> blocks;
+  DWORD cookie;
+};
+
+Parsed Parse(const wchar_t* line, DWORD cookie = 0, int mode = 2, const NoCaseWordIndex* basic = nullptr) {
+  const int n = static_cast<int>(std::wcslen(line));
+  std::vector<Block> buf(static_cast<size_t>(3 * n + 8));
+  int count = 0;
+  Parsed p;
+  p.cookie = ParseScriptLine(cookie, line, n, buf.data(), count, mode, basic);
+  for (int i = 0; i < count; ++i) p.blocks.emplace_back(buf[static_cast<size_t>(i)].m_nCharPos, buf[static_cast<size_t>(i)].m_nColorIndex);
+  // Without a block buffer the cookie must come out the same.
+  int none = 0;
+  EXPECT_EQ(ParseScriptLine<Block>(cookie, line, n, nullptr, none, mode, basic), p.cookie) << "null buffer";
+  EXPECT_EQ(none, 0);
+  return p;
+}
+
+using Blocks = std::vector<std::pair<int, int>>;
+
+}  // namespace
+
+TEST(ScriptParse, WordsNumbersAndTheBlankAfterAWord) {
+  // "x" is no table word but the blank that ends it still opens a block at 1.
+  Parsed p = Parse(L"x = 1; // note");
+  EXPECT_EQ(p.blocks, (Blocks{{0, 2}, {1, 2}, {4, 10}, {5, 2}, {7, 9}}));
+  EXPECT_EQ(p.cookie, 0u);  // a line comment does not outlive its line
+  // '+' ends the word, so 1e+5 is the number "1e", normal text and "5".
+  EXPECT_EQ(Parse(L"1e+5").blocks, (Blocks{{0, 2}, {0, 10}, {2, 2}, {3, 10}}));
+  EXPECT_EQ(Parse(L"0XFF;").blocks, (Blocks{{0, 2}, {0, 10}, {4, 2}}));
+  EXPECT_EQ(Parse(L"0x").blocks, (Blocks{{0, 2}}));
+  EXPECT_EQ(Parse(L"0x1G").blocks, (Blocks{{0, 2}}));
+  // Every class, case-insensitive; the word ended by '(' is coloured from its start.
+  EXPECT_EQ(Parse(L"CrossUp(c, MA)").blocks,
+            (Blocks{{0, 2}, {0, 12}, {7, 2}, {8, 14}, {9, 2}, {11, 7}, {13, 2}}));
+  EXPECT_EQ(Parse(L"만일 abs(1)").blocks, (Blocks{{0, 2}, {0, 6}, {2, 2}, {3, 13}, {6, 2}, {7, 10}, {8, 2}}));
+  // '.' and '_' join words; the low byte 0xD7 of U+00D7 is a DBCS lead byte.
+  EXPECT_EQ(Parse(L"sum.x").blocks, (Blocks{{0, 2}}));
+  EXPECT_EQ(Parse(L"sum\x00D7").blocks, (Blocks{{0, 2}}));
+  EXPECT_EQ(Parse(L"sum\x2212").blocks, (Blocks{{0, 2}, {0, 12}, {3, 2}}));  // minus sign ends it
+  EXPECT_EQ(Parse(L"crossupx").blocks, (Blocks{{0, 2}}));
+}
+
+TEST(ScriptParse, ScriptModeAndUserFunctions) {
+  EXPECT_EQ(Parse(L"volume+OBV", 0, 0).blocks, (Blocks{{0, 2}, {6, 2}}));
+  EXPECT_EQ(Parse(L"volume+OBV", 0, 1).blocks, (Blocks{{0, 2}, {6, 2}}));
+  EXPECT_EQ(Parse(L"volume+OBV", 0, 2).blocks, (Blocks{{0, 2}, {0, 14}, {6, 2}, {7, 7}}));
+  NoCaseWordIndex basic;
+  basic.Add(L"MyAvg", 5, 1);
+  EXPECT_EQ(Parse(L"myavg(c)", 0, 2, &basic).blocks, (Blocks{{0, 2}, {0, 8}, {5, 2}, {6, 14}, {7, 2}}));
+}
+
+TEST(ScriptParse, CommentsAcrossLinesThroughTheCookie) {
+  Parsed a = Parse(L"/* a");
+  EXPECT_EQ(a.blocks, (Blocks{{0, 2}, {0, 9}, {2, 9}}));
+  EXPECT_EQ(a.cookie, 4u);
+  Parsed b = Parse(L"b */ c", a.cookie);
+  EXPECT_EQ(b.blocks, (Blocks{{0, 9}, {4, 2}, {5, 14}}));
+  EXPECT_EQ(b.cookie, 0u);
+  // An empty line keeps only the block comment.
+  int count = 0;
+  EXPECT_EQ(ParseScriptLine<Block>(4 | 8, L"", 0, nullptr, count, 2, nullptr), 4u);
+  EXPECT_EQ(ParseScriptLine<Block>(8, L"", 0, nullptr, count, 2, nullptr), 0u);
+  // "/*/" opens and closes on the shared '*'.
+  EXPECT_EQ(Parse(L"/*/x").cookie, 0u);
+  // A backslash carries a line comment into the next line, which is all comment.
+  Parsed c = Parse(L"// a \\");
+  EXPECT_EQ(c.blocks, (Blocks{{0, 2}, {0, 9}}));
+  EXPECT_EQ(c.cookie, 1u);
+  Parsed d = Parse(L"b", c.cookie);
+  EXPECT_EQ(d.blocks, (Blocks{{0, 9}, {0, 9}}));
+  EXPECT_EQ(d.cookie, 0u);
+  // A block comment inside a line goes back to normal after "*/".
+  EXPECT_EQ(Parse(L"a/*b*/x").blocks, (Blocks{{0, 2}, {1, 2}, {1, 9}, {3, 9}, {6, 2}}));
+}
+
+TEST(ScriptParse, StringsEscapesAndContinuation) {
+  // Two quotes give four blocks: more than length + 1.
+  EXPECT_EQ(Parse(L"\"\"").blocks, (Blocks{{0, 2}, {0, 15}, {1, 15}, {2, 2}}));
+  EXPECT_EQ(Parse(L"'a'").blocks, (Blocks{{0, 2}, {0, 15}, {1, 15}, {3, 2}}));
+  // An escaped quote does not end the string.
+  Parsed e = Parse(L"\"a\\\"b\"");
+  EXPECT_EQ(e.blocks, (Blocks{{0, 2}, {0, 15}, {1, 15}, {6, 2}}));
+  EXPECT_EQ(e.cookie, 0u);
+  // Closing quote escaped: open to the line's end, yet not carried over.
+  Parsed open = Parse(L"\"a\\\"");
+  EXPECT_EQ(open.blocks, (Blocks{{0, 2}, {0, 15}, {1, 15}}));
+  EXPECT_EQ(open.cookie, 0u);
+  // A trailing backslash carries the string bit.
+  Parsed s = Parse(L"s = \"abc\\");
+  EXPECT_EQ(s.cookie, 8u);
+  Parsed t = Parse(L"xy\" + 1", s.cookie);
+  EXPECT_EQ(t.blocks, (Blocks{{0, 15}, {3, 2}, {6, 10}}));
+  EXPECT_EQ(t.cookie, 0u);
+  EXPECT_EQ(Parse(L"'x\\", 0).cookie, 16u);
+  // "//" inside a string is text.
+  EXPECT_EQ(Parse(L"\"//\"").cookie, 0u);
+}
+
+TEST(ScriptParse, DirectiveLines) {
+  EXPECT_EQ(Parse(L"#define X 1 // c").blocks, (Blocks{{0, 2}, {0, 16}, {12, 9}}));
+  EXPECT_EQ(Parse(L"  # x").blocks, (Blocks{{0, 2}, {2, 16}}));
+  EXPECT_EQ(Parse(L"a # b").blocks, (Blocks{{0, 2}, {1, 2}}));
+  EXPECT_EQ(Parse(L"#a /* b */ c").blocks, (Blocks{{0, 2}, {0, 16}, {3, 9}, {5, 9}, {10, 16}}));
+  // Continued with a backslash the next line is still a directive.
+  Parsed d = Parse(L"#x \\");
+  EXPECT_EQ(d.cookie, 2u);
+  Parsed e = Parse(L"sum", d.cookie);
+  EXPECT_EQ(e.blocks, (Blocks{{0, 16}}));
+  EXPECT_EQ(e.cookie, 0u);
+  // Only a line that starts clean may become a directive: not after a string bit.
+  EXPECT_EQ(Parse(L"#", 8).blocks, (Blocks{{0, 15}}));
 }

@@ -259,6 +259,13 @@ bool IsScriptNumber(const wchar_t* word, int length) {
   return true;
 }
 
+bool IsScriptWordCharWide(wchar_t ch) {
+  // The low byte is what a double-byte code page would see first.
+  return IsDBCSLeadByte(static_cast<BYTE>(ch & 0xFF)) || IsAlnumW(ch);
+}
+
+bool IsScriptBlankWide(wchar_t ch) { return IsSpaceW(ch); }
+
 int ClassifyScriptWord(const wchar_t* word, int length, int scriptMode,
                        const NoCaseWordIndex* basicFunctions) {
   if (!word || length < 1) return 0;

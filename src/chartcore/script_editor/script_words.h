@@ -9,6 +9,7 @@
 //
 //   using namespace chartcore::internal;
 //   int colour = ClassifyScriptWord(L"CrossUp", 7, 2, nullptr);  // 12
+//   DWORD next = ParseScriptLine(0, L"x = 1;", 6, blocks, count, 2, nullptr);
 #ifndef CHARTCORE_SCRIPT_EDITOR_SCRIPT_WORDS_H_
 #define CHARTCORE_SCRIPT_EDITOR_SCRIPT_WORDS_H_
 
@@ -128,6 +129,142 @@ bool IsScriptNumber(const wchar_t* word, int length);
 // volume indicators. basicFunctions may be null (no user functions).
 int ClassifyScriptWord(const wchar_t* word, int length, int scriptMode,
                        const NoCaseWordIndex* basicFunctions);
+
+// ---------------------------------------------------------------------------
+// Line parsing
+// ---------------------------------------------------------------------------
+
+// True for a character that belongs to a word: a letter or digit by Unicode
+// class, '_', '.', or any character whose low byte is a lead byte of the
+// system's double-byte code page (so Korean text always forms words).
+inline bool IsScriptWordChar(wchar_t ch);
+
+// White space as the first-non-blank test of a directive line sees it.
+inline bool IsScriptBlank(wchar_t ch);
+
+// The slow paths of the two tests above, for characters beyond ASCII.
+bool IsScriptWordCharWide(wchar_t ch);
+bool IsScriptBlankWide(wchar_t ch);
+
+inline bool IsScriptWordChar(wchar_t ch) {
+  if (ch >= 0x80) return IsScriptWordCharWide(ch);
+  return (ch >= L'0' && ch <= L'9') || (ch >= L'a' && ch <= L'z') || (ch >= L'A' && ch <= L'Z') ||
+         ch == L'_' || ch == L'.';
+}
+
+inline bool IsScriptBlank(wchar_t ch) {
+  if (ch >= 0x80) return IsScriptBlankWide(ch);
+  return ch == L' ' || (ch >= L'\t' && ch <= L'\r');
+}
+
+// Splits one line of script into colour blocks and returns the cookie for the
+// next line. Block is any struct with int m_nCharPos and m_nColorIndex (the
+// view's TEXTBLOCK). Blocks are written at blocks[count], count is advanced,
+// and a block whose position is below the last one's is dropped, so positions
+// never decrease; the caller sizes the buffer (2 * length + 2 blocks suffice).
+// With blocks null only the cookie is computed: no words are classified.
+// An empty line passes on only the block-comment bit; a line ending in a
+// backslash passes on every bit (a string, directive or comment continues).
+template <class Block>
+DWORD ParseScriptLine(DWORD cookie, const wchar_t* chars, int length, Block* blocks, int& count,
+                      int scriptMode, const NoCaseWordIndex* basicFunctions) {
+  if (length < 1 || !chars) return cookie & kCookieBlockComment;
+  const auto addBlock = [&](int pos, int colour) {
+    if (count > 0 && blocks[count - 1].m_nCharPos > pos) return;
+    blocks[count].m_nCharPos = pos;
+    blocks[count].m_nColorIndex = colour;
+    ++count;
+  };
+  const auto classify = [&](int start, int end) {
+    const int colour = ClassifyScriptWord(chars + start, end - start, scriptMode, basicFunctions);
+    if (colour != 0) addBlock(start, colour);
+  };
+  bool newBlock = true;
+  bool afterWord = false;
+  bool firstNonBlank = (cookie & ~static_cast<DWORD>(kCookieBlockComment)) == 0;
+  int wordStart = -1;
+  int i = 0;
+  for (;; ++i) {
+    if (newBlock) {
+      if (blocks) {
+        int colour = kScriptNormal;
+        if (cookie & (kCookieLineComment | kCookieBlockComment)) {
+          colour = kScriptComment;
+        } else if (cookie & (kCookieString | kCookieChar)) {
+          colour = kScriptString;
+        } else if (cookie & kCookieDirective) {
+          colour = kScriptDirective;
+        }
+        addBlock(afterWord ? i - 1 : i, colour);
+      }
+      newBlock = afterWord = false;
+    }
+    if (i == length) break;
+    const wchar_t ch = chars[i];
+    const wchar_t prev = i > 0 ? chars[i - 1] : L'\0';
+    if (cookie & kCookieLineComment) {
+      if (blocks) addBlock(i, kScriptComment);
+      break;
+    }
+    if (cookie & kCookieString) {
+      if (ch == L'"' && prev != L'\\') {
+        cookie &= ~static_cast<DWORD>(kCookieString);
+        newBlock = true;
+      }
+      continue;
+    }
+    if (cookie & kCookieChar) {
+      if (ch == L'\'' && prev != L'\\') {
+        cookie &= ~static_cast<DWORD>(kCookieChar);
+        newBlock = true;
+      }
+      continue;
+    }
+    if (cookie & kCookieBlockComment) {
+      if (prev == L'*' && ch == L'/') {
+        cookie &= ~static_cast<DWORD>(kCookieBlockComment);
+        newBlock = true;
+      }
+      continue;
+    }
+    if (prev == L'/' && ch == L'/') {
+      if (blocks) addBlock(i - 1, kScriptComment);
+      cookie |= kCookieLineComment;
+      break;
+    }
+    if (prev == L'/' && ch == L'*') {
+      if (blocks) addBlock(i - 1, kScriptComment);
+      cookie |= kCookieBlockComment;
+      newBlock = true;
+      continue;
+    }
+    // A directive runs to the line's end; only a comment interrupts it.
+    if (cookie & kCookieDirective) continue;
+    if (ch == L'"' || ch == L'\'') {
+      if (blocks) addBlock(i, kScriptString);
+      cookie |= ch == L'"' ? kCookieString : kCookieChar;
+      newBlock = true;
+      continue;
+    }
+    if (firstNonBlank) {
+      if (ch == L'#') {
+        if (blocks) addBlock(i, kScriptDirective);
+        cookie |= kCookieDirective;
+      }
+      if (!IsScriptBlank(ch)) firstNonBlank = false;
+    }
+    if (!blocks) continue;
+    if (IsScriptWordChar(ch)) {
+      if (wordStart < 0) wordStart = i;
+    } else if (wordStart >= 0) {
+      classify(wordStart, i);
+      wordStart = -1;
+      newBlock = afterWord = true;
+    }
+  }
+  if (blocks && wordStart >= 0) classify(wordStart, i);
+  return chars[length - 1] == L'\\' ? cookie : cookie & kCookieBlockComment;
+}
 
 }  // namespace internal
 }  // namespace chartcore
