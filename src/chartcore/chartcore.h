@@ -14,15 +14,27 @@
 #include "chartcore/platform/exceptions.h"
 #include "chartcore/platform/chartype.h"
 #include "chartcore/platform/cstring.h"
+#include "chartcore/platform/window.h"
 
 // --- packets ---
 
 // --- foundation ---
 
 // --- logic ---
+#include "chartcore/logic/definition_record.h"
+#include "chartcore/logic/funct.h"
+#include "chartcore/logic/indica.h"
+#include "chartcore/logic/signal_region_fill.h"
+#include "chartcore/logic/pattern.h"
+#include "chartcore/logic/optimize.h"
+#include "chartcore/logic/record_file.h"
 
 // --- properties ---
+#include "chartcore/properties/chart_property.h"
+#include "chartcore/properties/logic_property.h"
 
 // --- script_editor ---
+#include "chartcore/script_editor/text_buffer.h"
+#include "chartcore/script_editor/text_view.h"
 
 #endif  // CHARTCORE_CHARTCORE_H_
