@@ -246,14 +246,19 @@ class CHARTCORE_API CArchive {
   // MakeRoom: writes the buffer out so nBytes fit (readOnly when loading).
   void MakeRoom(size_t nBytes);
   // FillBuffer: reads from the file until nBytes are buffered (writeOnly
-  // when storing, endOfFile when the file ends first).
+  // when storing, endOfFile when the file ends first). TryFillBuffer
+  // returns false instead of throwing endOfFile.
   void FillBuffer(size_t nBytes);
+  bool TryFillBuffer(size_t nBytes);
   void WriteBufferToFile();
   [[noreturn]] void Fail(int cause) const;
   void CheckLoading() const;
   void CheckStoring() const;
+  void WriteUtf16(const wchar_t* p, size_t n);
   ULONGLONG ReadStringLength(bool& unicode);
+  bool ReadLineUnits(std::wstring& line, size_t maxChars);
   void WriteTag(DWORD index, bool isClass);
+  DWORD NextStoreIndex(const void* key);
   ObjectMaps& Maps();
 
   CFile* m_pFile;
