@@ -17,6 +17,7 @@
 #ifndef CHARTCORE_SCRIPT_EDITOR_TEXT_VIEW_H_
 #define CHARTCORE_SCRIPT_EDITOR_TEXT_VIEW_H_
 
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -281,6 +282,9 @@ class CHARTCORE_API CCrystalTextWnd : public CWnd {
   // Word boundaries around a column (for double click and Ctrl+arrows).
   int WordStart(int nLine, int nColumn);
   int WordEnd(int nLine, int nColumn);
+  // The first (or with last, the last) match of what that lies inside
+  // columns [from, to) of a line, or -1; FIND_ flags as for FindText.
+  int FindInLine(int nLine, const std::wstring& what, int from, int to, DWORD dwFlags, bool last);
 
   // The composition text of an input method (shown at the caret, not in
   // the buffer).
@@ -299,7 +303,6 @@ class CHARTCORE_API CCrystalTextWnd : public CWnd {
   void ReparseFrom(int nLine);
   void UpdateSelectionFromAnchor();
   void NotifyScroll();
-  int FindInLine(int nLine, const std::wstring& what, int from, int to, DWORD dwFlags, bool last);
 
   std::vector<DWORD> m_aParseCookies;  // end-of-line cookie per line
   int m_nValidCookies = 0;             // leading entries that are exact
