@@ -1,0 +1,622 @@
+// CArchive: exact bytes of the framework's formats, every reading form, the
+// exception causes, and the bounds on what a corrupt file can make us
+// allocate.
+#include "chartcore/platform/archive.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <new>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "chartcore/platform/file.h"
+
+// ---------------------------------------------------------------------------
+// Allocation probe: counts operator new calls and the largest request while
+// a test has it switched on. (Only this file of the platform tests replaces
+// the global operator new.)
+// ---------------------------------------------------------------------------
+namespace {
+std::atomic<bool> g_trackAllocations{false};
+std::atomic<size_t> g_allocationCount{0};
+std::atomic<size_t> g_largestAllocation{0};
+
+struct AllocationProbe {
+  AllocationProbe() {
+    g_allocationCount = 0;
+    g_largestAllocation = 0;
+    g_trackAllocations = true;
+  }
+  ~AllocationProbe() { g_trackAllocations = false; }
+  size_t Count() const { return g_allocationCount.load(); }
+  size_t Largest() const { return g_largestAllocation.load(); }
+};
+}  // namespace
+
+void* operator new(std::size_t n) {
+  if (g_trackAllocations.load(std::memory_order_relaxed)) {
+    ++g_allocationCount;
+    size_t seen = g_largestAllocation.load();
+    while (n > seen && !g_largestAllocation.compare_exchange_weak(seen, n)) {
+    }
+  }
+  void* p = std::malloc(n != 0 ? n : 1);
+  if (p == nullptr) throw std::bad_alloc();
+  return p;
+}
+// Released through a pointer the optimiser cannot see through, so it does
+// not pair the inlined free with the operator new of the caller.
+static void (*volatile g_release)(void*) = std::free;
+void operator delete(void* p) noexcept { g_release(p); }
+void operator delete(void* p, std::size_t) noexcept { g_release(p); }
+
+namespace {
+
+using Bytes = std::vector<BYTE>;
+
+template <class F>
+Bytes Store(F&& write, int bufSize = 4096) {
+  CMemFile file;
+  CArchive ar(&file, CArchive::store, bufSize);
+  write(ar);
+  ar.Close();
+  return Bytes(file.GetData(), file.GetData() + file.GetLength());
+}
+
+// A loading archive over a copy of the bytes (the memory file owns nothing).
+struct Loader {
+  explicit Loader(const Bytes& bytes, int bufSize = 4096)
+      : data(bytes), file(data.empty() ? nullptr : data.data(), static_cast<UINT>(data.size())),
+        ar(&file, CArchive::load, bufSize) {}
+  Bytes data;
+  CMemFile file;
+  CArchive ar;
+};
+
+Bytes Concat(std::initializer_list<Bytes> parts) {
+  Bytes all;
+  for (const Bytes& p : parts) all.insert(all.end(), p.begin(), p.end());
+  return all;
+}
+
+Bytes Ascii(const char* s) { return Bytes(s, s + std::strlen(s)); }
+
+Bytes Repeat(BYTE b, size_t n) { return Bytes(n, b); }
+
+// UTF-16LE bytes of n copies of 'a'.
+Bytes RepeatA16(size_t n) {
+  Bytes out;
+  for (size_t i = 0; i < n; ++i) {
+    out.push_back('a');
+    out.push_back(0);
+  }
+  return out;
+}
+
+int CauseOf(const std::function<void()>& f) {
+  try {
+    f();
+  } catch (const CArchiveException& e) {
+    return e.m_cause;
+  }
+  return -1;
+}
+
+// ---------------------------------------------------------------------------
+// Serializable test classes
+// ---------------------------------------------------------------------------
+class CArchTestNode : public CObject {
+  DECLARE_SERIAL(CArchTestNode)
+ public:
+  void Serialize(CArchive& ar) override {
+    if (ar.IsStoring()) {
+      ar << m_n;
+    } else {
+      m_schemaSeen = ar.GetObjectSchema();
+      m_schemaSecond = ar.GetObjectSchema();
+      ar >> m_n;
+    }
+  }
+  int m_n = 0;
+  UINT m_schemaSeen = 0;
+  UINT m_schemaSecond = 0;
+};
+
+class CArchTestDerived : public CArchTestNode {
+  DECLARE_SERIAL(CArchTestDerived)
+};
+
+class CArchTestOther : public CObject {
+  DECLARE_SERIAL(CArchTestOther)
+ public:
+  void Serialize(CArchive& ar) override {
+    if (ar.IsStoring()) {
+      ar << m_pChild;
+    } else {
+      ar >> m_pChild;
+    }
+  }
+  ~CArchTestOther() override { delete m_pChild; }
+  CArchTestNode* m_pChild = nullptr;
+};
+
+}  // namespace
+
+IMPLEMENT_SERIAL(CArchTestNode, CObject, 1)
+IMPLEMENT_SERIAL(CArchTestDerived, CArchTestNode, VERSIONABLE_SCHEMA | 2)
+IMPLEMENT_SERIAL(CArchTestOther, CObject, 0)
+
+// ---------------------------------------------------------------------------
+// Scalars and counts
+// ---------------------------------------------------------------------------
+
+TEST(ArchiveScalars, WriteLittleEndianFixedWidths) {
+  const Bytes bytes = Store([](CArchive& ar) {
+    ar << static_cast<BYTE>(0x01) << static_cast<WORD>(0x0203) << static_cast<int>(-2)
+       << static_cast<DWORD>(0x04050607u) << static_cast<LONGLONG>(-3) << static_cast<ULONGLONG>(0x0102030405060708ull)
+       << true << L'\xAC00' << 1.5 << 2.0f << static_cast<short>(-1) << static_cast<LONG>(0x11223344);
+  });
+  const Bytes expected = {
+      0x01,                                            // BYTE
+      0x03, 0x02,                                      // WORD
+      0xFE, 0xFF, 0xFF, 0xFF,                          // int -2
+      0x07, 0x06, 0x05, 0x04,                          // DWORD
+      0xFD, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  // LONGLONG -3
+      0x08, 0x07, 0x06, 0x05, 0x04, 0x03, 0x02, 0x01,  // ULONGLONG
+      0x01,                                            // bool: one byte
+      0x00, 0xAC,                                      // wchar_t as a 16-bit WORD
+      0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xF8, 0x3F,  // 1.5 IEEE double
+      0x00, 0x00, 0x00, 0x40,                          // 2.0f IEEE float
+      0xFF, 0xFF,                                      // short -1
+      0x44, 0x33, 0x22, 0x11,                          // LONG: 4 bytes on every platform
+  };
+  EXPECT_EQ(bytes, expected);
+
+  Loader in(bytes);
+  BYTE b = 0;
+  WORD w = 0;
+  int i = 0;
+  DWORD d = 0;
+  LONGLONG ll = 0;
+  ULONGLONG ull = 0;
+  bool flag = false;
+  wchar_t ch = 0;
+  double dbl = 0;
+  float f = 0;
+  short s = 0;
+  LONG l = 0;
+  in.ar >> b >> w >> i >> d >> ll >> ull >> flag >> ch >> dbl >> f >> s >> l;
+  EXPECT_EQ(b, 0x01);
+  EXPECT_EQ(w, 0x0203);
+  EXPECT_EQ(i, -2);
+  EXPECT_EQ(d, 0x04050607u);
+  EXPECT_EQ(ll, -3);
+  EXPECT_EQ(ull, 0x0102030405060708ull);
+  EXPECT_TRUE(flag);
+  EXPECT_EQ(ch, L'\xAC00');
+  EXPECT_EQ(dbl, 1.5);
+  EXPECT_EQ(f, 2.0f);
+  EXPECT_EQ(s, -1);
+  EXPECT_EQ(l, 0x11223344);
+  EXPECT_THROW(in.ar >> b, CArchiveException);  // nothing left
+}
+
+TEST(ArchiveScalars, CountEscapesAtWordAndDwordLimits) {
+  const Bytes bytes = Store([](CArchive& ar) {
+    ar.WriteCount(5);
+    ar.WriteCount(0xFFFE);   // largest plain WORD
+    ar.WriteCount(0xFFFF);   // escapes to FFFF + DWORD
+    ar.WriteCount(0x10000);
+  });
+  const Bytes expected = {0x05, 0x00, 0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x00, 0x00,
+                          0xFF, 0xFF, 0x00, 0x00, 0x01, 0x00};
+  EXPECT_EQ(bytes, expected);
+  Loader in(bytes);
+  EXPECT_EQ(in.ar.ReadCount(), 5u);
+  EXPECT_EQ(in.ar.ReadCount(), 0xFFFEu);
+  EXPECT_EQ(in.ar.ReadCount(), 0xFFFFu);
+  EXPECT_EQ(in.ar.ReadCount(), 0x10000u);
+}
+
+// ---------------------------------------------------------------------------
+// Strings
+// ---------------------------------------------------------------------------
+
+TEST(ArchiveStrings, LengthPrefixAtEveryEscapeBoundary) {
+  struct Case {
+    size_t length;
+    Bytes header;
+  };
+  const Case cases[] = {
+      {0, {0xFF, 0xFE, 0xFF, 0x00}},                                          // empty still has the marker
+      {254, {0xFF, 0xFE, 0xFF, 0xFE}},                                        // last one-byte length
+      {255, {0xFF, 0xFE, 0xFF, 0xFF, 0xFF, 0x00}},                            // FF + WORD 00FF
+      {65533, {0xFF, 0xFE, 0xFF, 0xFF, 0xFD, 0xFF}},                          // last WORD length
+      {65534, {0xFF, 0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE, 0xFF, 0x00, 0x00}},  // FFFE would read as the marker
+      {65535, {0xFF, 0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x00, 0x00}},
+      {70000, {0xFF, 0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0x70, 0x11, 0x01, 0x00}},  // 70000 = 0x11170
+  };
+  for (const Case& c : cases) {
+    const CString text(L'a', static_cast<int>(c.length));
+    const Bytes bytes = Store([&](CArchive& ar) { ar << text; });
+    EXPECT_EQ(bytes, Concat({c.header, RepeatA16(c.length)})) << c.length;
+    Loader in(bytes, 64);  // a small buffer: the text crosses many refills
+    CString back(L"old");
+    in.ar >> back;
+    EXPECT_EQ(back.GetLength(), static_cast<int>(c.length));
+    EXPECT_TRUE(back == text) << c.length;
+    EXPECT_TRUE(in.ar.IsBufferEmpty());
+  }
+}
+
+TEST(ArchiveStrings, KoreanAndSupplementaryTextAsUtf16) {
+  // "한국" is U+D55C U+AD6D; U+1F600 travels as the pair D83D DE00.
+  const CString korean(L"\xD55C\xAD6D");
+  const Bytes kBytes = Store([&](CArchive& ar) { ar << korean; });
+  EXPECT_EQ(kBytes, (Bytes{0xFF, 0xFE, 0xFF, 0x02, 0x5C, 0xD5, 0x6D, 0xAD}));
+
+  std::wstring mixed = L"x";
+  if (sizeof(wchar_t) == 4) {
+    mixed += static_cast<wchar_t>(0x1F600);
+  } else {
+    mixed += L"\xD83D\xDE00";
+  }
+  const Bytes mBytes = Store([&](CArchive& ar) { ar << CString(mixed.c_str()); });
+  EXPECT_EQ(mBytes, (Bytes{0xFF, 0xFE, 0xFF, 0x03, 'x', 0x00, 0x3D, 0xD8, 0x00, 0xDE}));
+  Loader in(mBytes);
+  CString back;
+  in.ar >> back;
+  EXPECT_EQ(back.str(), mixed);
+
+  // A lone high surrogate in the file survives as itself.
+  Loader lone(Bytes{0xFF, 0xFE, 0xFF, 0x02, 0x3D, 0xD8, 'y', 0x00});
+  lone.ar >> back;
+  ASSERT_EQ(back.GetLength(), 2);
+  EXPECT_EQ(static_cast<unsigned>(back[0]), 0xD83Du);
+  EXPECT_EQ(back[1], L'y');
+}
+
+TEST(ArchiveStrings, NarrowCodePage949FormsReadAsWideText) {
+  // Non-Unicode builds wrote the byte length without the FF FE FF marker.
+  Loader shortForm(Bytes{0x04, 0xC7, 0xD1, 0xB1, 0xB9, 0x02, 'o', 'k'});
+  CString a, b;
+  shortForm.ar >> a >> b;
+  EXPECT_TRUE(a == L"\xD55C\xAD6D");  // "한국"
+  EXPECT_TRUE(b == L"ok");
+
+  // 300 bytes: FF + WORD 012C.
+  Loader wordForm(Concat({{0xFF, 0x2C, 0x01}, Repeat('x', 300)}));
+  wordForm.ar >> a;
+  EXPECT_TRUE(a == CString(L'x', 300));
+
+  // 65535 bytes: FF FFFF + DWORD.
+  Loader dwordForm(Concat({{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x00, 0x00}, Repeat('z', 65535)}));
+  dwordForm.ar >> a;
+  EXPECT_EQ(a.GetLength(), 65535);
+
+  // An empty narrow string is the single byte 00.
+  Loader empty(Bytes{0x00});
+  a = L"keep?";
+  empty.ar >> a;
+  EXPECT_TRUE(a.IsEmpty());
+}
+
+TEST(ArchiveStrings, CorruptLengthsEndInExceptionsWithoutHugeAllocations) {
+  // 0x7FFFFFFF UTF-16 units announced, ten bytes present.
+  const Bytes wide = Concat({{0xFF, 0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x7F}, Repeat('q', 10)});
+  // The same length as narrow bytes.
+  const Bytes narrow = Concat({{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x7F}, Repeat('q', 10)});
+  for (const Bytes& bytes : {wide, narrow}) {
+    Loader in(bytes);
+    CString target(L"untouched");
+    AllocationProbe probe;
+    EXPECT_EQ(CauseOf([&] { in.ar >> target; }), CArchiveException::endOfFile);
+    // One read step (4096 units of wchar_t) at most, never the announced size.
+    EXPECT_LE(probe.Largest(), 4096 * sizeof(wchar_t) + 64);
+    EXPECT_TRUE(target == L"untouched");  // a failed read leaves the target alone
+  }
+  // A 64-bit length beyond what a CString holds is refused outright.
+  Loader huge(Bytes{0xFF, 0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0,
+                    0, 0, 0, 1, 0, 0, 0});
+  CString s;
+  EXPECT_EQ(CauseOf([&] { huge.ar >> s; }), CArchiveException::badIndex);
+}
+
+TEST(ArchiveStrings, ShortStringsCostOneAllocationEach) {
+  constexpr int kCount = 1000;
+  const Bytes bytes = Store([](CArchive& ar) {
+    for (int i = 0; i < kCount; ++i) ar << CString(L"RSI_Signal");  // 10 units: beyond the small-string buffer
+  });
+  std::vector<CString> out(kCount);
+  Loader in(bytes);
+  AllocationProbe probe;
+  for (int i = 0; i < kCount; ++i) in.ar >> out[static_cast<size_t>(i)];
+  EXPECT_LE(probe.Count(), static_cast<size_t>(kCount));
+  EXPECT_TRUE(out.back() == L"RSI_Signal");
+}
+
+TEST(ArchiveStrings, LineFormsWithoutLengthPrefix) {
+  const Bytes bytes = Store([](CArchive& ar) {
+    ar.WriteString(L"ab\r\n");
+    ar.WriteString(L"\xD55C\n");
+    ar.WriteString(L"tail");
+  });
+  EXPECT_EQ(bytes.size(), 2u * 10);  // ten UTF-16 units, no prefix, no terminator
+  Loader in(bytes);
+  CString line;
+  EXPECT_TRUE(in.ar.ReadString(line));
+  EXPECT_TRUE(line == L"ab");  // "\r\n" dropped
+  EXPECT_TRUE(in.ar.ReadString(line));
+  EXPECT_TRUE(line == L"\xD55C");
+  wchar_t buf[3];
+  EXPECT_EQ(in.ar.ReadString(buf, 3), buf);  // at most nMax-1 units
+  EXPECT_STREQ(buf, L"ta");
+  EXPECT_EQ(in.ar.ReadString(buf, 3), buf);
+  EXPECT_STREQ(buf, L"il");
+  EXPECT_FALSE(in.ar.ReadString(line));
+  EXPECT_TRUE(line.IsEmpty());
+  EXPECT_EQ(in.ar.ReadString(buf, 3), nullptr);
+}
+
+// ---------------------------------------------------------------------------
+// Objects
+// ---------------------------------------------------------------------------
+
+TEST(ArchiveObjects, TagsForNewClassLaterObjectRepeatAndNull) {
+  CArchTestNode a, b;
+  a.m_n = 7;
+  b.m_n = 8;
+  const Bytes bytes = Store([&](CArchive& ar) { ar << &a << &b << &a << static_cast<const CObject*>(nullptr); });
+  const Bytes expected = Concat({
+      {0xFF, 0xFF, 0x01, 0x00, 0x0D, 0x00},  // new class, schema 1, name length 13
+      Ascii("CArchTestNode"),
+      {0x07, 0x00, 0x00, 0x00},              // a's Serialize
+      {0x01, 0x80, 0x08, 0x00, 0x00, 0x00},  // class 1 again (8001), then b
+      {0x02, 0x00},                          // a is object 2 (class 1, a 2, b 3)
+      {0x00, 0x00},                          // null
+  });
+  EXPECT_EQ(bytes, expected);
+
+  Loader in(bytes);
+  CObject* p1 = nullptr;
+  CObject* p2 = nullptr;
+  CObject* p3 = nullptr;
+  CObject* p4 = reinterpret_cast<CObject*>(&a);
+  in.ar >> p1 >> p2 >> p3 >> p4;
+  ASSERT_NE(p1, nullptr);
+  ASSERT_NE(p2, nullptr);
+  EXPECT_EQ(p3, p1);  // the same object, not a copy
+  EXPECT_EQ(p4, nullptr);
+  EXPECT_TRUE(p1->IsKindOf(RUNTIME_CLASS(CArchTestNode)));
+  EXPECT_EQ(static_cast<CArchTestNode*>(p1)->m_n, 7);
+  EXPECT_EQ(static_cast<CArchTestNode*>(p2)->m_n, 8);
+  EXPECT_EQ(static_cast<CArchTestNode*>(p1)->m_schemaSeen, 1u);
+  EXPECT_EQ(static_cast<CArchTestNode*>(p1)->m_schemaSecond, 0xFFFFFFFFu);  // handed out once
+  delete p1;
+  delete p2;
+}
+
+TEST(ArchiveObjects, VersionableSchemaAndTypedExtraction) {
+  CArchTestDerived d;
+  d.m_n = 3;
+  const Bytes bytes = Store([&](CArchive& ar) { ar << &d; });
+  // VERSIONABLE_SCHEMA | 2 writes 0002: the flag itself is never stored.
+  EXPECT_EQ(Bytes(bytes.begin(), bytes.begin() + 4), (Bytes{0xFF, 0xFF, 0x02, 0x00}));
+
+  // A derived object through the base class's typed operator.
+  Loader in(bytes);
+  CArchTestNode* node = nullptr;
+  in.ar >> node;
+  ASSERT_NE(node, nullptr);
+  EXPECT_TRUE(node->IsKindOf(RUNTIME_CLASS(CArchTestDerived)));
+  EXPECT_EQ(node->m_n, 3);
+  delete node;
+
+  // Stored schema 5 loads into the versionable class and is reported.
+  Bytes v5 = bytes;
+  v5[2] = 0x05;
+  Loader in5(v5);
+  CArchTestDerived* derived = nullptr;
+  in5.ar >> derived;
+  ASSERT_NE(derived, nullptr);
+  EXPECT_EQ(derived->m_schemaSeen, 5u);
+  delete derived;
+
+  // The base class's typed operator refuses an unrelated class.
+  CArchTestOther other;
+  const Bytes otherBytes = Store([&](CArchive& ar) { ar << &other; });
+  Loader wrong(otherBytes);
+  EXPECT_EQ(CauseOf([&] { wrong.ar >> node; }), CArchiveException::badClass);
+
+  // Nested objects: the child comes back owned by its parent.
+  CArchTestOther parent;
+  parent.m_pChild = new CArchTestNode;
+  parent.m_pChild->m_n = 42;
+  const Bytes nested = Store([&](CArchive& ar) { ar << &parent; });
+  Loader nestedIn(nested);
+  CArchTestOther* back = nullptr;
+  nestedIn.ar >> back;
+  ASSERT_NE(back, nullptr);
+  ASSERT_NE(back->m_pChild, nullptr);
+  EXPECT_EQ(back->m_pChild->m_n, 42);
+  delete back;
+}
+
+TEST(ArchiveObjects, BadClassSchemaAndIndexCauses) {
+  const Bytes node = Concat({{0xFF, 0xFF, 0x01, 0x00, 0x0D, 0x00}, Ascii("CArchTestNode"), {1, 0, 0, 0}});
+  // Unknown class name.
+  Loader unknown(Concat({{0xFF, 0xFF, 0x01, 0x00, 0x0C, 0x00}, Ascii("CNoSuchClass"), {1, 0, 0, 0}}));
+  EXPECT_EQ(CauseOf([&] { unknown.ar.ReadObject(nullptr); }), CArchiveException::badClass);
+  // Schema 2 for a class of schema 1 that is not versionable.
+  Bytes schema2 = node;
+  schema2[2] = 0x02;
+  Loader badSchema(schema2);
+  EXPECT_EQ(CauseOf([&] { badSchema.ar.ReadObject(nullptr); }), CArchiveException::badSchema);
+  // References to indexes not read yet.
+  Loader badObject(Bytes{0x05, 0x00});
+  EXPECT_EQ(CauseOf([&] { badObject.ar.ReadObject(nullptr); }), CArchiveException::badIndex);
+  Loader badClassRef(Bytes{0x05, 0x80});
+  EXPECT_EQ(CauseOf([&] { badClassRef.ar.ReadObject(nullptr); }), CArchiveException::badIndex);
+  // A class reference that names an object, not a class.
+  Loader classIsObject(Concat({node, {0x02, 0x80}}));
+  delete classIsObject.ar.ReadObject(nullptr);
+  EXPECT_EQ(CauseOf([&] { classIsObject.ar.ReadObject(nullptr); }), CArchiveException::badIndex);
+  // Requested class not matched.
+  Loader requested(node);
+  EXPECT_EQ(CauseOf([&] { requested.ar.ReadObject(RUNTIME_CLASS(CArchTestOther)); }), CArchiveException::badClass);
+  // Truncated inside the object's own fields: the half-read object is freed.
+  Loader truncated(Bytes(node.begin(), node.end() - 2));
+  EXPECT_EQ(CauseOf([&] { truncated.ar.ReadObject(nullptr); }), CArchiveException::endOfFile);
+  // A class that is not serializable cannot be written.
+  CMemFile notSerializable;
+  EXPECT_EQ(CauseOf([&] { Store([&](CArchive& ar) { ar << &notSerializable; }); }), CArchiveException::badClass);
+}
+
+TEST(ArchiveObjects, IndexesAbove7FFEUseTheBigTag) {
+  // Number 0x7FFE objects first, so the class becomes 0x7FFF and the
+  // objects after it 0x8000 and 0x8001.
+  constexpr size_t kMapped = 0x7FFE;
+  std::vector<CArchTestNode> filler(kMapped);
+  CArchTestNode x, y;
+  x.m_n = 1;
+  y.m_n = 2;
+  const Bytes bytes = Store([&](CArchive& ar) {
+    for (CArchTestNode& f : filler) ar.MapObject(&f);
+    ar << &x << &y << &x << &filler[0];
+  });
+  const Bytes expected = Concat({
+      {0xFF, 0xFF, 0x01, 0x00, 0x0D, 0x00},
+      Ascii("CArchTestNode"),
+      {1, 0, 0, 0},
+      {0xFF, 0x7F, 0xFF, 0x7F, 0x00, 0x80},  // class 0x7FFF: 7FFF + 0x80007FFF
+      {2, 0, 0, 0},
+      {0xFF, 0x7F, 0x00, 0x80, 0x00, 0x00},  // x is object 0x8000
+      {0x01, 0x00},                          // the first mapped object
+  });
+  EXPECT_EQ(bytes, expected);
+
+  Loader in(bytes);
+  for (CArchTestNode& f : filler) in.ar.MapObject(&f);
+  CObject* px = in.ar.ReadObject(nullptr);
+  CObject* py = in.ar.ReadObject(nullptr);
+  EXPECT_EQ(in.ar.ReadObject(nullptr), px);
+  EXPECT_EQ(in.ar.ReadObject(nullptr), &filler[0]);
+  EXPECT_EQ(static_cast<CArchTestNode*>(py)->m_n, 2);
+  delete px;
+  delete py;
+}
+
+// ---------------------------------------------------------------------------
+// Direction, end of input, buffering
+// ---------------------------------------------------------------------------
+
+TEST(ArchiveModes, WrongDirectionEndOfFileAndClosedArchive) {
+  CMemFile file;
+  CArchive storing(&file, CArchive::store);
+  int i = 0;
+  CString s;
+  EXPECT_EQ(CauseOf([&] { storing >> i; }), CArchiveException::writeOnly);
+  EXPECT_EQ(CauseOf([&] { storing >> s; }), CArchiveException::writeOnly);
+  EXPECT_EQ(CauseOf([&] { storing.ReadObject(nullptr); }), CArchiveException::writeOnly);
+  storing << 1;
+  storing.Close();
+  EXPECT_EQ(storing.GetFile(), nullptr);
+  EXPECT_EQ(CauseOf([&] { storing << 2; }), CArchiveException::genericException);
+
+  Loader in(Bytes{1, 2, 3});
+  EXPECT_EQ(CauseOf([&] { in.ar << 1; }), CArchiveException::readOnly);
+  EXPECT_EQ(CauseOf([&] { in.ar << CString(L"x"); }), CArchiveException::readOnly);
+  EXPECT_EQ(CauseOf([&] { in.ar.WriteObject(nullptr); }), CArchiveException::readOnly);
+  EXPECT_EQ(CauseOf([&] { in.ar >> i; }), CArchiveException::endOfFile);  // 3 bytes for a 4-byte int
+  // Raw reads stop at the end without an exception.
+  BYTE raw[8];
+  EXPECT_EQ(in.ar.Read(raw, 8), 3u);
+  EXPECT_EQ(in.ar.Read(raw, 8), 0u);
+
+  EXPECT_THROW(CArchive(nullptr, CArchive::load), CInvalidArgException);
+}
+
+TEST(ArchiveModes, BufferingFlushAndDestructor) {
+  CMemFile file;
+  {
+    CArchive ar(&file, CArchive::store);
+    ar << 0x01020304;
+    EXPECT_EQ(file.GetLength(), 0u);  // still buffered
+    ar.Flush();
+    EXPECT_EQ(file.GetLength(), 4u);
+    ar << static_cast<BYTE>(9);
+  }  // the destructor writes the rest
+  EXPECT_EQ(file.GetLength(), 5u);
+  {
+    CMemFile dropped;
+    CArchive ar(&dropped, CArchive::store | CArchive::bNoFlushOnDelete);
+    ar << 1;
+    ar.Abort();
+    EXPECT_EQ(dropped.GetLength(), 0u);
+  }
+  // Loading Flush gives unread bytes back to the file.
+  file.SeekToBegin();
+  CArchive in(&file, CArchive::load);
+  BYTE b = 0;
+  in >> b;
+  EXPECT_EQ(b, 0x04);
+  in.Flush();
+  EXPECT_EQ(file.GetPosition(), 1u);
+
+  // Large raw writes and reads bypass a small buffer and stay in order.
+  std::vector<BYTE> big(1000);
+  for (size_t k = 0; k < big.size(); ++k) big[k] = static_cast<BYTE>(k * 7);
+  const Bytes stored = Store(
+      [&](CArchive& ar) {
+        ar << static_cast<BYTE>(0xAA);
+        ar.Write(big.data(), static_cast<UINT>(big.size()));
+        ar << static_cast<BYTE>(0xBB);
+      },
+      64);
+  ASSERT_EQ(stored.size(), 1002u);
+  Loader back(stored, 64);
+  std::vector<BYTE> got(1000);
+  back.ar >> b;
+  EXPECT_EQ(back.ar.Read(got.data(), 1000), 1000u);
+  EXPECT_EQ(got, big);
+  back.ar >> b;
+  EXPECT_EQ(b, 0xBB);
+}
+
+TEST(ArchiveModes, RoundTripThroughRealFileWithTinyBuffer) {
+  char dirTemplate[] = "/tmp/chartcore_archXXXXXX";
+  ASSERT_NE(mkdtemp(dirTemplate), nullptr);
+  const std::wstring dir(dirTemplate, dirTemplate + std::strlen(dirTemplate));
+  const std::wstring path = dir + L"\\rec.dat";  // the library's separator
+  std::wstring supplementary = L"a";
+  if (sizeof(wchar_t) == 4) supplementary += static_cast<wchar_t>(0x20000);
+  {
+    CFile out(path.c_str(), CFile::modeCreate | CFile::modeWrite);
+    CArchive ar(&out, CArchive::store, 64);
+    for (int i = 0; i < 200; ++i) ar << i << CString(supplementary.c_str()) << (i * 0.5);
+    ar.Close();
+    out.Close();
+  }
+  CFile in(path.c_str(), CFile::modeRead);
+  CArchive ar(&in, CArchive::load, 64);
+  for (int i = 0; i < 200; ++i) {
+    int n = -1;
+    CString s;
+    double d = 0;
+    ar >> n >> s >> d;
+    ASSERT_EQ(n, i);
+    ASSERT_EQ(s.str(), supplementary);
+    ASSERT_EQ(d, i * 0.5);
+  }
+  int extra = 0;
+  EXPECT_EQ(CauseOf([&] { ar >> extra; }), CArchiveException::endOfFile);
+  in.Close();
+  CFile::Remove(path.c_str());
+  rmdir(dirTemplate);
+}
