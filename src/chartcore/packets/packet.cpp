@@ -511,7 +511,7 @@ int CPacket::AccumPacket(const CPacket* src) {
   const int alloc = CopyAllocFor(src->m_nMaxPacketSize, src->m_nPacketSize);
   m_pData = internal::AllocValues(alloc);
   m_nAlloc = alloc;
-  internal::AccumulateColumn(Ref(), src->Ref());
+  internal::AccumulateColumn(Ref(), src->Ref(), 0);
   CopyFieldsFrom(*src);
   return 1;
 }
@@ -572,8 +572,7 @@ double CPacket::GetFirstAvailValue(int& idx) const {
 }
 
 double CPacket::GetFirstAvailValue(int from, int to, int& idx) const {
-  idx = internal::FirstAvailIndex(Ref(), from, to);
-  return idx >= 0 ? m_pData[idx] : kEmpty;
+  return internal::FirstAvailValue(Ref(), from, to, idx);
 }
 
 double CPacket::GetLastAvailValue() const {
@@ -584,8 +583,7 @@ double CPacket::GetLastAvailValue() const {
 double CPacket::GetLastAvailValue(int& idx) const { return GetLastAvailValue(m_nStartIndex, m_nEndIndex, idx); }
 
 double CPacket::GetLastAvailValue(int from, int to, int& idx) const {
-  idx = internal::LastAvailIndex(Ref(), from, to);
-  return idx >= 0 ? m_pData[idx] : kEmpty;
+  return internal::LastAvailValue(Ref(), from, to, idx);
 }
 
 int CPacket::FindIndexOverValue(double v) const { return internal::FindOver(Ref(), v); }
@@ -600,85 +598,33 @@ int CPacket::FindIndexsBetweenValues(double a, double b, int& first, int& second
 
 int CPacket::FindValuePos(double v, int dir) const { return internal::FindPos(Ref(), v, dir); }
 
-int CPacket::GetMaxIndex(int from, int to) {
-  const internal::SeriesRef s = Ref();
-  const int idx = internal::ValidRange(s, from, to) ? internal::ScanMaxIndex(s, from, to) : -1;
-  m_nMaxPacketIndex = idx;
-  m_dMaxPacketValue = idx >= 0 ? m_pData[idx] : kPacketNoMaxValue;
-  return idx;
-}
+int CPacket::GetMaxIndex(int from, int to) { return internal::QueryMaxIndex(Ref(), from, to, Cache()); }
 
-int CPacket::GetMinIndex(int from, int to) {
-  const internal::SeriesRef s = Ref();
-  const int idx = internal::ValidRange(s, from, to) ? internal::ScanMinIndex(s, from, to) : -1;
-  m_nMinPacketIndex = idx;
-  m_dMinPacketValue = idx >= 0 ? m_pData[idx] : kEmpty;
-  return idx;
-}
+int CPacket::GetMinIndex(int from, int to) { return internal::QueryMinIndex(Ref(), from, to, Cache()); }
 
 double CPacket::GetMaxValue(int from, int to, int cache) {
-  const internal::SeriesRef s = Ref();
-  const double v = internal::ValidRange(s, from, to) ? internal::ScanMaxValue(s, from, to) : kPacketNoMaxValue;
-  if (cache == 1) m_dMaxPacketValue = v;
-  return v;
+  return internal::QueryMaxValue(Ref(), from, to, cache, Cache());
 }
 
 double CPacket::GetMinValue(int from, int to, int cache) {
-  const internal::SeriesRef s = Ref();
-  const double v = internal::ValidRange(s, from, to) ? internal::ScanMinValue(s, from, to) : kEmpty;
-  if (cache == 1) m_dMinPacketValue = v;
-  return v;
+  return internal::QueryMinValue(Ref(), from, to, cache, Cache());
 }
 
 double CPacket::GetMaxValueIndex(int from, int to, int& idx, int cache) {
-  const internal::SeriesRef s = Ref();
-  idx = internal::ValidRange(s, from, to) ? internal::ScanMaxIndex(s, from, to) : -1;
-  const double v = idx >= 0 ? m_pData[idx] : kPacketNoMaxValue;
-  if (cache == 1) {
-    m_nMaxPacketIndex = idx;
-    m_dMaxPacketValue = v;
-  }
-  return v;
+  return internal::QueryMaxValueIndex(Ref(), from, to, idx, cache, Cache());
 }
 
 double CPacket::GetMinValueIndex(int from, int to, int& idx, int cache) {
-  const internal::SeriesRef s = Ref();
-  idx = internal::ValidRange(s, from, to) ? internal::ScanMinIndex(s, from, to) : -1;
-  const double v = idx >= 0 ? m_pData[idx] : kEmpty;
-  if (cache == 1) {
-    m_nMinPacketIndex = idx;
-    m_dMinPacketValue = v;
-  }
-  return v;
+  return internal::QueryMinValueIndex(Ref(), from, to, idx, cache, Cache());
 }
 
 double CPacket::GetMaxMinValue(int from, int to, double& max, double& min, int cache) {
-  const internal::SeriesRef s = Ref();
-  max = kPacketNoMaxValue;
-  min = kEmpty;
-  const bool valid = internal::ValidRange(s, from, to);
-  if (valid) internal::ScanMaxMin(s, from, to, max, min, nullptr, nullptr);
-  if (cache == 1) {
-    m_dMaxPacketValue = max;
-    m_dMinPacketValue = min;
-  }
-  return valid ? max - min : kEmpty;
+  return internal::QueryMaxMin(Ref(), from, to, max, min, nullptr, nullptr, cache, Cache());
 }
 
 double CPacket::GetMaxMinValueIndex(int from, int to, double& max, double& min, int& max_index, int& min_index,
                                     int cache) {
-  const internal::SeriesRef s = Ref();
-  max = kPacketNoMaxValue;
-  min = kEmpty;
-  max_index = -1;
-  min_index = -1;
-  const bool valid = internal::ValidRange(s, from, to);
-  if (valid) internal::ScanMaxMin(s, from, to, max, min, &max_index, &min_index);
-  if (cache == 1) {
-    m_dMaxPacketValue = max;
-    m_dMinPacketValue = min;
-  }
-  return valid ? max - min : kEmpty;
+  return internal::QueryMaxMin(Ref(), from, to, max, min, &max_index, &min_index, cache, Cache());
 }
 
 double CPacket::GetMaxValueIndex(int& idx) const {
@@ -885,6 +831,10 @@ CPacket& CPacket::operator%=(const CPacket& right) { return CalcOperator2(OCT_MO
 
 internal::SeriesRef CPacket::Ref() const {
   return internal::SeriesRef{m_pData, m_nAlloc, m_nPacketSize, m_nStartIndex, m_nEndIndex};
+}
+
+internal::ExtremeSlots CPacket::Cache() {
+  return internal::ExtremeSlots{m_nMaxPacketIndex, m_nMinPacketIndex, m_dMaxPacketValue, m_dMinPacketValue};
 }
 
 void CPacket::ReleaseData() {

@@ -26,6 +26,8 @@
 namespace chartcore {
 namespace internal {
 struct SeriesRef;
+struct ExtremeSlots;
+struct ScratchCache;
 }  // namespace internal
 }  // namespace chartcore
 
@@ -444,6 +446,7 @@ class CHARTCORE_API CPacket {
   friend class CPacketMemory;
 
   chartcore::internal::SeriesRef Ref() const;
+  chartcore::internal::ExtremeSlots Cache();
   int AddGrowing(double v);
   // Grows for one more element; returns the write index (the old size).
   int GrowForAppend();

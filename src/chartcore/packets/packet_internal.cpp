@@ -273,6 +273,77 @@ void ScanMaxMin(const SeriesRef& s, int from, int to, double& max_value, double&
   min_value = mn;
 }
 
+int QueryMaxIndex(const SeriesRef& s, int from, int to, const ExtremeSlots& c) {
+  const int idx = ValidRange(s, from, to) ? ScanMaxIndex(s, from, to) : -1;
+  c.max_index = idx;
+  c.max_value = idx >= 0 ? s.data[idx] : kPacketNoMaxValue;
+  return idx;
+}
+
+int QueryMinIndex(const SeriesRef& s, int from, int to, const ExtremeSlots& c) {
+  const int idx = ValidRange(s, from, to) ? ScanMinIndex(s, from, to) : -1;
+  c.min_index = idx;
+  c.min_value = idx >= 0 ? s.data[idx] : kEmpty;
+  return idx;
+}
+
+double QueryMaxValue(const SeriesRef& s, int from, int to, int cache, const ExtremeSlots& c) {
+  const double v = ValidRange(s, from, to) ? ScanMaxValue(s, from, to) : kPacketNoMaxValue;
+  if (cache == 1) c.max_value = v;
+  return v;
+}
+
+double QueryMinValue(const SeriesRef& s, int from, int to, int cache, const ExtremeSlots& c) {
+  const double v = ValidRange(s, from, to) ? ScanMinValue(s, from, to) : kEmpty;
+  if (cache == 1) c.min_value = v;
+  return v;
+}
+
+double QueryMaxValueIndex(const SeriesRef& s, int from, int to, int& idx, int cache, const ExtremeSlots& c) {
+  idx = ValidRange(s, from, to) ? ScanMaxIndex(s, from, to) : -1;
+  const double v = idx >= 0 ? s.data[idx] : kPacketNoMaxValue;
+  if (cache == 1) {
+    c.max_index = idx;
+    c.max_value = v;
+  }
+  return v;
+}
+
+double QueryMinValueIndex(const SeriesRef& s, int from, int to, int& idx, int cache, const ExtremeSlots& c) {
+  idx = ValidRange(s, from, to) ? ScanMinIndex(s, from, to) : -1;
+  const double v = idx >= 0 ? s.data[idx] : kEmpty;
+  if (cache == 1) {
+    c.min_index = idx;
+    c.min_value = v;
+  }
+  return v;
+}
+
+double QueryMaxMin(const SeriesRef& s, int from, int to, double& max, double& min, int* max_index,
+                   int* min_index, int cache, const ExtremeSlots& c) {
+  max = kPacketNoMaxValue;
+  min = kEmpty;
+  if (max_index != nullptr) *max_index = -1;
+  if (min_index != nullptr) *min_index = -1;
+  const bool valid = ValidRange(s, from, to);
+  if (valid) ScanMaxMin(s, from, to, max, min, max_index, min_index);
+  if (cache == 1) {
+    c.max_value = max;
+    c.min_value = min;
+  }
+  return valid ? max - min : kEmpty;
+}
+
+double FirstAvailValue(const SeriesRef& s, int from, int to, int& idx) {
+  idx = FirstAvailIndex(s, from, to);
+  return idx >= 0 ? s.data[idx] : kEmpty;
+}
+
+double LastAvailValue(const SeriesRef& s, int from, int to, int& idx) {
+  idx = LastAvailIndex(s, from, to);
+  return idx >= 0 ? s.data[idx] : kEmpty;
+}
+
 // ---------------------------------------------------------------------------
 // Column mutations
 // ---------------------------------------------------------------------------
@@ -351,11 +422,11 @@ void ReplaceInColumn(const SeriesRef& s, double a, double b) {
   }
 }
 
-void AccumulateColumn(const SeriesRef& dst, const SeriesRef& src) {
+void AccumulateColumn(const SeriesRef& dst, const SeriesRef& src, int from) {
   if (dst.data == nullptr) return;
   const int hi = std::min(src.end, dst.alloc - 1);
   double running = 0.0;
-  for (int i = 0; i <= hi; ++i) {
+  for (int i = ClampLow(from); i <= hi; ++i) {
     dst.data[i] = running;
     running += ReadAt(src, i);
   }

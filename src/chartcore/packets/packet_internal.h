@@ -143,6 +143,39 @@ double ScanMinValue(const SeriesRef& s, int from, int to);
 void ScanMaxMin(const SeriesRef& s, int from, int to, double& max_value, double& min_value,
                 int* max_index, int* min_index);
 
+// The cached extremes a query may write: a packet's own fields, or one set
+// of a structured packet's per-column caches.
+struct ExtremeSlots {
+  int& max_index;
+  int& min_index;
+  double& max_value;
+  double& min_value;
+};
+
+// Throw-away cache slots for a query on a column that has no cache.
+struct ScratchCache {
+  int index[2];
+  double value[2];
+};
+
+// The extreme queries with their cache rules (see CPacket::GetMaxIndex and
+// kin): the index queries always cache index and value; the others cache
+// when `cache` is 1, on every path.
+int QueryMaxIndex(const SeriesRef& s, int from, int to, const ExtremeSlots& c);
+int QueryMinIndex(const SeriesRef& s, int from, int to, const ExtremeSlots& c);
+double QueryMaxValue(const SeriesRef& s, int from, int to, int cache, const ExtremeSlots& c);
+double QueryMinValue(const SeriesRef& s, int from, int to, int cache, const ExtremeSlots& c);
+double QueryMaxValueIndex(const SeriesRef& s, int from, int to, int& idx, int cache, const ExtremeSlots& c);
+double QueryMinValueIndex(const SeriesRef& s, int from, int to, int& idx, int cache, const ExtremeSlots& c);
+// max_index / min_index may be null for the form without indexes.
+double QueryMaxMin(const SeriesRef& s, int from, int to, double& max, double& min, int* max_index,
+                   int* min_index, int cache, const ExtremeSlots& c);
+
+// Available value in [from, to] scanning up (first) or down (last); idx -1
+// and the empty value when none.
+double FirstAvailValue(const SeriesRef& s, int from, int to, int& idx);
+double LastAvailValue(const SeriesRef& s, int from, int to, int& idx);
+
 // ---------------------------------------------------------------------------
 // Column mutations (the caller owns the size and index fields)
 // ---------------------------------------------------------------------------
@@ -174,9 +207,9 @@ void AddToColumn(const SeriesRef& s, double d);
 // Every element equal to a becomes b.
 void ReplaceInColumn(const SeriesRef& s, double a, double b);
 
-// Element i := sum of src elements 0..i-1 for i from 0 to src's end index
-// (bounded by dst's array and src's stored elements).
-void AccumulateColumn(const SeriesRef& dst, const SeriesRef& src);
+// Element i := sum of src elements from..i-1 for i from `from` to src's end
+// index (bounded by dst's array; src read by the stored-range rule).
+void AccumulateColumn(const SeriesRef& dst, const SeriesRef& src, int from);
 
 // Copies n elements, or nothing for null/short arrays (n clamped to both).
 void CopyColumn(double* dst, int dst_alloc, const double* src, int src_alloc, int n);

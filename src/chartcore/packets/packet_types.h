@@ -45,7 +45,7 @@ constexpr bool IsEmptyValue(double v) { return v == kPacketEmptyValue; }
 
 // The nine columns of a bar record; also the index of CPacketMemory's column
 // table. Close is the default value column of a one-column packet.
-enum ENPacketDataType {
+enum ENPacketDataType : int {
   PDT_DATE = 0,    // packed date/time of the bar; never ratio-shifted
   PDT_OPEN = 1,    // ratio-shifted with the prices
   PDT_HIGH = 2,    // ratio-shifted
@@ -59,7 +59,7 @@ enum ENPacketDataType {
 
 // The same nine column slots as named by industry-index packets. Accessors
 // taking this type behave as the ENPacketDataType ones of equal value.
-enum ENPacketIndustryType {
+enum ENPacketIndustryType : int {
   PIT_DATE = 0,
   PIT_OPEN = 1,
   PIT_HIGH = 2,
@@ -72,7 +72,7 @@ enum ENPacketIndustryType {
 };
 
 // The same nine column slots as named by option packets.
-enum ENPacketOptionType {
+enum ENPacketOptionType : int {
   POT_DATE = 0,
   POT_OPEN = 1,
   POT_HIGH = 2,
@@ -85,8 +85,9 @@ enum ENPacketOptionType {
 };
 
 // Record layout of a CPacketMemory: which columns are allocated. Any other
-// value allocates no column, and operations then find no storage.
-enum ENPacketStructType {
+// value allocates no column, and operations then find no storage. (The enums
+// are int-based so that such foreign values are representable.)
+enum ENPacketStructType : int {
   PST_VALUE = 0,              // close
   PST_DATE_VALUE = 1,         // date, close
   PST_DATE_VALUE_VOLUME = 2,  // date, close, volume
@@ -101,7 +102,7 @@ constexpr int PACKET_DATA_TYPE_COUNT = 9;
 
 // Operator codes of the packet arithmetic, shared by CPacket
 // (CPacket::ENOperatorCalcType) and CPacketMemory (ENOperatorType).
-enum ENOperatorCalcType {
+enum ENOperatorCalcType : int {
   OCT_PLUS = 0,      // +, +=
   OCT_MINUS = 1,     // -, -=
   OCT_MULTIPLY = 2,  // *, *=
