@@ -1,0 +1,324 @@
+// Windows over the headless port: timers on the manual clock, geometry,
+// message routing, painting, focus, dialogs, clipboard and key state.
+#include "chartcore/platform/window.h"
+
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using chartcore::GetHeadlessPort;
+using chartcore::GetHeadlessPortFactory;
+using chartcore::HeadlessDrawOp;
+
+// Records what reaches its handlers.
+class ProbeWnd : public CWnd {
+ public:
+  std::vector<UINT_PTR> timers;
+  std::vector<UINT> chars;
+  std::vector<UINT> charFlags;
+  std::vector<UINT> charRepeats;
+  int focusIn = 0, focusOut = 0, destroyed = 0, paints = 0;
+  CSize lastSize;
+  BOOL consumeKeyDown = FALSE;
+  UINT_PTR killOnFire = 0;
+  bool drawOnPaint = false;
+
+  BOOL PreTranslateMessage(MSG* msg) override { return msg->message == WM_KEYDOWN && consumeKeyDown; }
+
+ protected:
+  void OnTimer(UINT_PTR id) override {
+    timers.push_back(id);
+    if (killOnFire == id) KillTimer(id);
+  }
+  void OnChar(UINT ch, UINT rep, UINT flags) override {
+    chars.push_back(ch);
+    charRepeats.push_back(rep);
+    charFlags.push_back(flags);
+  }
+  void OnSetFocus(CWnd*) override { ++focusIn; }
+  void OnKillFocus(CWnd*) override { ++focusOut; }
+  void OnDestroy() override { ++destroyed; }
+  void OnSize(UINT, int cx, int cy) override { lastSize = CSize(cx, cy); }
+  void OnPaint() override {
+    ++paints;
+    CPaintDC dc(this);
+    if (!drawOnPaint) return;
+    dc.FillSolidRect(0, 0, 10, 10, RGB(1, 2, 3));
+    dc.SetTextColor(RGB(255, 0, 0));
+    dc.SetBkMode(TRANSPARENT);
+    dc.TextOut(4, 5, CString(L"abc"));
+    CBrush black(RGB(0, 0, 0));
+    CRect r(0, 0, 20, 20);
+    dc.FrameRect(&r, &black);
+  }
+};
+
+class TipDialog : public CDialog {
+ public:
+  int inits = 0;
+
+ protected:
+  BOOL OnInitDialog() override {
+    ++inits;
+    return TRUE;
+  }
+};
+
+class WindowTest : public ::testing::Test {
+ protected:
+  void SetUp() override { GetHeadlessPortFactory().ResetInput(); }
+  void TearDown() override { GetHeadlessPortFactory().ResetInput(); }
+};
+
+TEST_F(WindowTest, TimersFireOnTheManualClockOnly) {
+  ProbeWnd wnd;
+  EXPECT_EQ(wnd.SetTimer(1, 3000), 0u);  // not created yet: no timer
+  ASSERT_TRUE(wnd.Create(nullptr, L"w", WS_POPUP, CRect(0, 0, 100, 50), nullptr, 7));
+  EXPECT_EQ(wnd.SetTimer(0, 3000), 0u);  // id 0 is refused
+  ASSERT_EQ(wnd.SetTimer(1, 3000), 1u);
+  auto& clock = GetHeadlessPortFactory();
+
+  clock.AdvanceClock(2999);  // one millisecond short
+  EXPECT_TRUE(wnd.timers.empty());
+  EXPECT_EQ(clock.AdvanceClock(1), 1);
+  EXPECT_EQ(wnd.timers, std::vector<UINT_PTR>{1});
+  // Repeats every period until killed: 7000 ms more is two more firings.
+  EXPECT_EQ(clock.AdvanceClock(7000), 2);
+  EXPECT_EQ(wnd.timers.size(), 3u);
+
+  // Setting the id again restarts it from now.
+  clock.AdvanceClock(1000);  // at 11000, 1000 ms before it would fire
+  wnd.SetTimer(1, 3000);     // now due at 14000
+  clock.AdvanceClock(2000);
+  EXPECT_EQ(wnd.timers.size(), 3u);
+  clock.AdvanceClock(1000);
+  EXPECT_EQ(wnd.timers.size(), 4u);
+
+  EXPECT_TRUE(wnd.KillTimer(1));
+  EXPECT_FALSE(wnd.KillTimer(1));  // already gone
+  clock.AdvanceClock(10000);
+  EXPECT_EQ(wnd.timers.size(), 4u);
+
+  // A handler that kills its timer fires once; periods below 10 ms become 10.
+  wnd.killOnFire = 2;
+  wnd.SetTimer(2, 1);
+  clock.AdvanceClock(9);
+  EXPECT_EQ(wnd.timers.size(), 4u);
+  EXPECT_EQ(clock.AdvanceClock(100), 1);
+  EXPECT_EQ(wnd.timers.back(), 2u);
+
+  // Destroying the window stops its timers.
+  wnd.SetTimer(3, 50);
+  EXPECT_TRUE(clock.IsTimerRunning(&wnd, 3));
+  wnd.DestroyWindow();
+  EXPECT_FALSE(clock.IsTimerRunning(&wnd, 3));
+  EXPECT_EQ(clock.AdvanceClock(1000), 0);
+}
+
+TEST_F(WindowTest, TimersOfSeveralWindowsFireInTimeOrder) {
+  struct Log : ProbeWnd {
+    std::vector<int>* order;
+    int tag;
+    void OnTimer(UINT_PTR) override { order->push_back(tag); }
+  };
+  std::vector<int> order;
+  Log a, b;
+  a.order = b.order = &order;
+  a.tag = 1;
+  b.tag = 2;
+  a.Create(nullptr, L"a", WS_POPUP, CRect(0, 0, 1, 1), nullptr, 1);
+  b.Create(nullptr, L"b", WS_POPUP, CRect(0, 0, 1, 1), nullptr, 2);
+  a.SetTimer(1, 300);
+  b.SetTimer(1, 200);
+  // b at 200, 400, 600; a at 300, 600 (set first, so first at the tie).
+  GetHeadlessPortFactory().AdvanceClock(600);
+  EXPECT_EQ(order, (std::vector<int>{2, 1, 2, 1, 2}));
+  a.KillTimer(1);
+  b.KillTimer(1);
+}
+
+TEST_F(WindowTest, GeometryOfChildrenAndPopups) {
+  ProbeWnd top, child;
+  ASSERT_TRUE(top.Create(nullptr, L"top", WS_POPUP | WS_VISIBLE, CRect(100, 50, 500, 350), nullptr, 1));
+  ASSERT_TRUE(child.Create(nullptr, L"c", WS_CHILD | WS_VISIBLE, CRect(10, 20, 110, 70), &top, 5));
+  EXPECT_EQ(child.lastSize, CSize(100, 50));  // OnSize runs at creation
+  EXPECT_EQ(top.GetDlgItem(5), &child);
+  EXPECT_EQ(top.GetDlgItem(6), nullptr);
+
+  CPoint pt(1, 2);
+  child.ClientToScreen(&pt);
+  EXPECT_EQ(pt, CPoint(111, 72));  // 1 + 10 + 100, 2 + 20 + 50
+  child.ScreenToClient(&pt);
+  EXPECT_EQ(pt, CPoint(1, 2));
+  CRect wr;
+  child.GetWindowRect(&wr);
+  EXPECT_EQ(wr, CRect(110, 70, 210, 120));
+  CRect cr;
+  child.GetClientRect(&cr);
+  EXPECT_EQ(cr, CRect(0, 0, 100, 50));
+
+  // Hiding the parent hides the child; ShowWindow reports the old state.
+  EXPECT_TRUE(child.IsWindowVisible());
+  EXPECT_TRUE(top.ShowWindow(SW_HIDE));
+  EXPECT_FALSE(top.ShowWindow(SW_HIDE));
+  EXPECT_FALSE(child.IsWindowVisible());
+  top.ShowWindow(SW_SHOW);
+
+  // A resize reaches OnSize; a pure move does not change the size seen.
+  child.MoveWindow(0, 0, 30, 40);
+  EXPECT_EQ(child.lastSize, CSize(30, 40));
+  child.SetWindowPos(nullptr, 5, 6, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+  child.GetWindowRect(&wr);
+  EXPECT_EQ(wr, CRect(105, 56, 135, 96));
+
+  // Destroying the parent destroys the child first-hand (WM_DESTROY each).
+  top.DestroyWindow();
+  EXPECT_EQ(top.destroyed, 1);
+  EXPECT_EQ(child.destroyed, 1);
+  EXPECT_FALSE(child.IsWindow());
+  EXPECT_EQ(CWnd::FromHandle(reinterpret_cast<HWND>(&child)), nullptr);
+  EXPECT_FALSE(top.DestroyWindow());  // second time: nothing to destroy
+}
+
+TEST_F(WindowTest, DispatchGoesThroughPreTranslateOfTargetAndParents) {
+  ProbeWnd parent, edit;
+  parent.Create(nullptr, L"p", WS_POPUP, CRect(0, 0, 100, 100), nullptr, 1);
+  edit.Create(nullptr, L"e", WS_CHILD, CRect(0, 0, 50, 50), &parent, 2);
+
+  // WM_CHAR with a repeat count of 3 and flags 0x1E in the high word.
+  MSG msg{edit.GetSafeHwnd(), WM_CHAR, L'(', MAKELPARAM(3, 0x1E), 0, POINT{0, 0}};
+  EXPECT_FALSE(chartcore::DispatchWindowMessage(&msg));
+  ASSERT_EQ(edit.chars.size(), 1u);
+  EXPECT_EQ(edit.chars[0], 0x28u);
+  EXPECT_EQ(edit.charRepeats[0], 3u);
+  EXPECT_EQ(edit.charFlags[0], 0x1Eu);
+
+  // The parent consumes key-downs: the edit never sees them.
+  parent.consumeKeyDown = TRUE;
+  MSG down{edit.GetSafeHwnd(), WM_KEYDOWN, VK_DOWN, MAKELPARAM(1, 0), 0, POINT{0, 0}};
+  EXPECT_TRUE(chartcore::DispatchWindowMessage(&down));
+
+  // Unknown, null and stale handles do nothing.
+  MSG bad{nullptr, WM_CHAR, L'a', 0, 0, POINT{0, 0}};
+  EXPECT_FALSE(chartcore::DispatchWindowMessage(&bad));
+  EXPECT_FALSE(chartcore::DispatchWindowMessage(nullptr));
+  HWND stale = edit.GetSafeHwnd();
+  edit.DestroyWindow();
+  MSG late{stale, WM_CHAR, L'a', 0, 0, POINT{0, 0}};
+  EXPECT_FALSE(chartcore::DispatchWindowMessage(&late));
+  EXPECT_EQ(edit.chars.size(), 1u);
+}
+
+TEST_F(WindowTest, PaintingIsRecordedWithFixedMetrics) {
+  ProbeWnd wnd;
+  wnd.drawOnPaint = true;
+  wnd.Create(nullptr, L"w", WS_POPUP | WS_VISIBLE, CRect(0, 0, 200, 100), nullptr, 1);
+  auto* port = GetHeadlessPort(&wnd);
+  ASSERT_NE(port, nullptr);
+  wnd.UpdateWindow();  // a new window is marked for painting
+  EXPECT_EQ(wnd.paints, 1);
+  wnd.UpdateWindow();  // nothing marked: no paint
+  EXPECT_EQ(wnd.paints, 1);
+
+  CRect part(0, 0, 5, 5);
+  wnd.InvalidateRect(&part);
+  EXPECT_TRUE(port->IsInvalid());
+  wnd.UpdateWindow();
+  EXPECT_EQ(wnd.paints, 2);
+  const auto& ops = port->GetDrawOps();
+  ASSERT_EQ(ops.size(), 3u);
+  EXPECT_EQ(ops[0].kind, HeadlessDrawOp::kFill);
+  EXPECT_EQ(ops[0].rect, CRect(0, 0, 10, 10));
+  EXPECT_EQ(ops[0].color, RGB(1, 2, 3));
+  EXPECT_EQ(ops[1].kind, HeadlessDrawOp::kText);
+  EXPECT_EQ(ops[1].text, L"abc");
+  EXPECT_EQ(ops[1].rect, CRect(4, 5, 28, 21));  // 3 characters of 8 x 16
+  EXPECT_FALSE(ops[1].opaque);
+  EXPECT_EQ(ops[1].color, RGB(255, 0, 0));
+  EXPECT_EQ(ops[2].kind, HeadlessDrawOp::kFrame);
+
+  CClientDC dc(&wnd);
+  EXPECT_EQ(dc.GetTextExtent(CString(L"테스트")), CSize(24, 16));
+  EXPECT_EQ(dc.GetTextExtent(L"", 0), CSize(0, 16));
+  TEXTMETRIC tm;
+  ASSERT_TRUE(dc.GetTextMetrics(&tm));
+  EXPECT_EQ(tm.tmHeight, 16);
+  EXPECT_EQ(tm.tmAveCharWidth, 8);
+
+  // A window that is not created measures and draws nothing.
+  CWnd none;
+  CClientDC nodc(&none);
+  EXPECT_EQ(nodc.GetTextExtent(CString(L"abc")), CSize(0, 0));
+  EXPECT_FALSE(nodc.TextOut(0, 0, CString(L"x")));
+}
+
+TEST_F(WindowTest, FocusMovesWithKillAndSetMessages) {
+  ProbeWnd a, b;
+  a.Create(nullptr, L"a", WS_POPUP, CRect(0, 0, 10, 10), nullptr, 1);
+  b.Create(nullptr, L"b", WS_POPUP, CRect(0, 0, 10, 10), nullptr, 2);
+  a.SetFocus();
+  EXPECT_EQ(CWnd::GetFocus(), &a);
+  EXPECT_EQ(b.SetFocus(), &a);
+  EXPECT_EQ(a.focusIn, 1);
+  EXPECT_EQ(a.focusOut, 1);
+  EXPECT_EQ(b.focusIn, 1);
+  b.SetFocus();  // already focused: no messages
+  EXPECT_EQ(b.focusIn, 1);
+  b.DestroyWindow();
+  EXPECT_EQ(CWnd::GetFocus(), nullptr);
+
+  a.SetCapture();
+  EXPECT_EQ(CWnd::GetCapture(), &a);
+  EXPECT_TRUE(GetHeadlessPort(&a)->IsCaptured());
+  CWnd::ReleaseCapture();
+  EXPECT_EQ(CWnd::GetCapture(), nullptr);
+  EXPECT_FALSE(GetHeadlessPort(&a)->IsCaptured());
+}
+
+TEST_F(WindowTest, DialogSizesFromTemplateUnitsAndHidesOnEnd) {
+  ProbeWnd owner;
+  owner.Create(nullptr, L"o", WS_POPUP | WS_VISIBLE, CRect(0, 0, 300, 300), nullptr, 1);
+  TipDialog tip;
+  tip.SetTemplateSize(CSize(198, 6));
+  ASSERT_TRUE(tip.Create(3024, &owner));
+  EXPECT_FALSE(tip.Create(3024, &owner));  // exists already
+  EXPECT_EQ(tip.inits, 1);
+  EXPECT_FALSE(tip.IsWindowVisible());  // modeless dialogs start hidden
+  CRect r;
+  tip.GetClientRect(&r);
+  EXPECT_EQ(r, CRect(0, 0, 396, 12));  // 198 x 6 units of 2 x 2 pixels
+  EXPECT_EQ(tip.GetParent(), &owner);
+  tip.ShowWindow(SW_SHOW);
+  tip.EndDialog(2);
+  EXPECT_FALSE(tip.IsWindowVisible());
+  EXPECT_EQ(tip.GetResult(), 2);
+  EXPECT_TRUE(tip.IsWindow());  // a modeless dialog keeps its window
+}
+
+TEST_F(WindowTest, ClipboardAndKeyStateComeFromTheFactory) {
+  CString text;
+  EXPECT_FALSE(GetHeadlessPortFactory().GetClipboardText(text));
+  EXPECT_EQ(chartcore::GetClipboardText(), L"");
+  EXPECT_TRUE(chartcore::SetClipboardText(CString(L"MA(C, 5)\r\n")));
+  EXPECT_EQ(chartcore::GetClipboardText(), L"MA(C, 5)\r\n");
+
+  EXPECT_GE(GetKeyState(VK_SHIFT), 0);
+  GetHeadlessPortFactory().SetKeyDown(VK_SHIFT, true);
+  EXPECT_LT(GetKeyState(VK_SHIFT), 0);
+  EXPECT_TRUE(chartcore::IsKeyDown(VK_SHIFT));
+  EXPECT_FALSE(chartcore::IsKeyDown(VK_CONTROL));
+  GetHeadlessPortFactory().SetKeyDown(VK_SHIFT, false);
+  EXPECT_GE(GetKeyState(VK_SHIFT), 0);
+
+  // Installing a factory and putting back the default.
+  chartcore::HeadlessPortFactory other;
+  EXPECT_EQ(chartcore::SetWindowPortFactory(&other), &GetHeadlessPortFactory());
+  EXPECT_EQ(&chartcore::GetWindowPortFactory(), &other);
+  EXPECT_EQ(chartcore::GetClipboardText(), L"");  // the other factory's clipboard
+  chartcore::SetWindowPortFactory(nullptr);
+  EXPECT_EQ(&chartcore::GetWindowPortFactory(), &GetHeadlessPortFactory());
+}
+
+}  // namespace
