@@ -14,3 +14,32 @@ TEST(Umbrella, PlatformNamesAreExported) {
   EXPECT_THROW(s.GetAt(10), CInvalidArgException);
   EXPECT_TRUE(chartcore::IsAlnumW(L'\xD55C'));
 }
+
+TEST(Umbrella, LogicAndPropertyNamesAreExported) {
+  CDBSubINDICA ind;
+  CDBSubINDICA_VAR period;
+  period.strText = L"Period";
+  period.dValue = 20;
+  ind.m_arrVariable.Add(period);
+  CMemFile file;
+  {
+    CArchive ar(&file, CArchive::store);
+    ar << static_cast<const CObject*>(&ind);
+    ar.Close();
+  }
+  file.SeekToBegin();
+  CArchive ar(&file, CArchive::load);
+  std::unique_ptr<CDBSubBase> back = chartcore::ReadRecordObject(ar);
+  ASSERT_TRUE(back->IsKindOf(RUNTIME_CLASS(CDBSubINDICA)));
+  const auto& read = static_cast<const CDBSubINDICA&>(*back);
+  EXPECT_EQ(read.m_arrVariable[0].dValue, 20.0);
+  std::unique_ptr<CObject> made(CRuntimeClass::CreateObject("CDBSubOPTIMIZE"));
+  ASSERT_NE(made, nullptr);
+  EXPECT_EQ(static_cast<CDBSubOPTIMIZE*>(made.get())->m_nVersion, 1);
+
+  CProperty_INDICA prop;
+  prop.BuildFromDefinition(L"MA", read);
+  EXPECT_EQ(prop.m_arrParam[0].strText, L"Period");
+  CProperty_VOLUME vol;
+  EXPECT_EQ(vol.GetName(), L"\uAC70\uB798\uB7C9");
+}

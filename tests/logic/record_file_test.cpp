@@ -118,7 +118,7 @@ TEST_F(RecordFileTest, FailedSaveLeavesTheOldFileWhole) {
   const Bytes oldBytes = FileBytes("x.ind");
 
   // The record's own writing fails with a file error: a result.
-  BrokenIndica<CFileException> diskFull(CFileException(CFileException::diskFull));
+  BrokenIndica<CFileException> diskFull{CFileException(CFileException::diskFull)};
   CFileException error;
   EXPECT_FALSE(chartcore::SaveRecordFile(PathOf("x.ind").c_str(), diskFull, &error));
   EXPECT_EQ(error.m_cause, CFileException::diskFull);
@@ -126,7 +126,7 @@ TEST_F(RecordFileTest, FailedSaveLeavesTheOldFileWhole) {
   EXPECT_EQ(FileCount(), 1u);
 
   // Any other exception passes to the caller, after the same clean-up.
-  BrokenIndica<CArchiveException> badIndex(CArchiveException(CArchiveException::badIndex));
+  BrokenIndica<CArchiveException> badIndex{CArchiveException(CArchiveException::badIndex)};
   EXPECT_THROW(chartcore::SaveRecordFile(PathOf("x.ind").c_str(), badIndex), CArchiveException);
   EXPECT_EQ(FileBytes("x.ind"), oldBytes);
   EXPECT_EQ(FileCount(), 1u);
