@@ -77,7 +77,9 @@ INT SystemTimeToVariantTime(LPSYSTEMTIME lpSystemTime, double* pvtime) {
 HRESULT VarUdateFromDate(DATE dateIn, ULONG dwFlags, UDATE* pudateOut) {
   (void)dwFlags;
   if (!pudateOut) return E_INVALIDARG;
-  if (!(dateIn >= static_cast<double>(kFirstOleDay) && dateIn < static_cast<double>(kLastOleDay + 1))) {
+  // Before day 0 a day's times lie below its number: 100-01-01 12:00 is
+  // -657434.5, so the first day ends the range at -657435 exclusive.
+  if (!(dateIn > static_cast<double>(kFirstOleDay - 1) && dateIn < static_cast<double>(kLastOleDay + 1))) {
     return E_INVALIDARG;
   }
   // The integer part is the day whatever the sign; the fraction's magnitude

@@ -1,0 +1,517 @@
+#include "chartcore/platform/profile.h"
+
+#if !defined(_WIN32)
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <cwchar>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "chartcore/platform/chartype.h"
+#include "chartcore/platform/text_codec.h"
+
+namespace chartcore {
+namespace internal {
+namespace {
+
+// ---------------------------------------------------------------------------
+// Files
+// ---------------------------------------------------------------------------
+
+// The library's paths use `\`; the system call needs `/` and UTF-8.
+std::string NativeProfilePath(const wchar_t* path) {
+  std::string native = WideToUtf8(path, std::wcslen(path));
+  std::replace(native.begin(), native.end(), '\\', '/');
+  return native;
+}
+
+// What identifies one version of a file's contents for the cache.
+struct FileStamp {
+  dev_t device = 0;
+  ino_t inode = 0;
+  off_t size = 0;
+  long long mtimeSec = 0;
+  long mtimeNsec = 0;
+  bool operator==(const FileStamp& o) const {
+    return device == o.device && inode == o.inode && size == o.size && mtimeSec == o.mtimeSec &&
+           mtimeNsec == o.mtimeNsec;
+  }
+};
+
+bool StampOf(const std::string& path, FileStamp& stamp, mode_t* mode = nullptr) {
+  struct stat st;
+  if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return false;
+  stamp.device = st.st_dev;
+  stamp.inode = st.st_ino;
+  stamp.size = st.st_size;
+  stamp.mtimeSec = static_cast<long long>(st.st_mtim.tv_sec);
+  stamp.mtimeNsec = st.st_mtim.tv_nsec;
+  if (mode) *mode = st.st_mode;
+  return true;
+}
+
+bool ReadWholeFile(const std::string& path, std::string& bytes) {
+  std::FILE* f = std::fopen(path.c_str(), "rb");
+  if (!f) return false;
+  bytes.clear();
+  char chunk[65536];
+  size_t n;
+  while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0) bytes.append(chunk, n);
+  const bool ok = !std::ferror(f);
+  std::fclose(f);
+  return ok;
+}
+
+// Writes bytes to a temporary file beside path and renames it over path, so
+// readers see the old file or the new one, never half of it.
+bool ReplaceFileAtomically(const std::string& path, const std::string& bytes, const mode_t* keepMode) {
+  std::string temp = path + ".XXXXXX";
+  const int fd = ::mkstemp(&temp[0]);
+  if (fd < 0) return false;
+  bool ok = ::fchmod(fd, keepMode ? (*keepMode & 07777) : 0644) == 0;
+  size_t done = 0;
+  while (ok && done < bytes.size()) {
+    const ssize_t w = ::write(fd, bytes.data() + done, bytes.size() - done);
+    if (w < 0 && errno == EINTR) continue;
+    if (w <= 0) ok = false;
+    else done += static_cast<size_t>(w);
+  }
+  if (ok) ok = ::fsync(fd) == 0;
+  if (::close(fd) != 0) ok = false;
+  if (ok) ok = ::rename(temp.c_str(), path.c_str()) == 0;
+  if (!ok) ::unlink(temp.c_str());
+  return ok;
+}
+
+// ---------------------------------------------------------------------------
+// Parsed profile
+// ---------------------------------------------------------------------------
+
+bool IsBlank(wchar_t c) { return c == L' ' || c == L'\t'; }
+
+std::wstring TrimBlanks(const std::wstring& s) {
+  size_t b = 0, e = s.size();
+  while (b < e && IsBlank(s[b])) ++b;
+  while (e > b && IsBlank(s[e - 1])) --e;
+  return s.substr(b, e - b);
+}
+
+bool SameName(const std::wstring& a, const std::wstring& b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (a[i] != b[i] && ToLowerW(a[i]) != ToLowerW(b[i])) return false;
+  }
+  return true;
+}
+
+// One line of the file: its raw bytes (terminator included) and its text.
+struct Line {
+  std::string raw;
+  std::wstring text;
+  bool terminated = false;
+};
+
+struct Entry {
+  std::wstring key;
+  std::wstring value;
+  size_t line;
+};
+
+struct Section {
+  std::wstring name;
+  size_t header;       // line of "[name]", or npos for the keys before any header
+  size_t lastContent;  // last non-blank line of the section (new keys go after it)
+  size_t end;          // first line after the section (the next header)
+  std::vector<Entry> entries;
+};
+
+struct Profile {
+  UINT codePage = kCodePageUtf8;
+  std::string bom;
+  std::string newline = "\r\n";  // as bytes of the file's encoding
+  std::vector<Line> lines;
+  std::vector<Section> sections;
+
+  const Section* FindSection(const std::wstring& name) const {
+    for (const Section& s : sections) {
+      if (SameName(s.name, name)) return &s;
+    }
+    return nullptr;
+  }
+};
+
+const Entry* FindEntry(const Section& section, const std::wstring& key) {
+  for (const Entry& e : section.entries) {
+    if (SameName(e.key, key)) return &e;
+  }
+  return nullptr;
+}
+
+// A value loses one pair of matching quotes around the whole of it.
+std::wstring Unquote(const std::wstring& v) {
+  if (v.size() >= 2 && (v[0] == L'"' || v[0] == L'\'') && v.back() == v[0]) return v.substr(1, v.size() - 2);
+  return v;
+}
+
+void SplitLines(const std::string& bytes, size_t start, UINT codePage, std::vector<Line>& lines) {
+  const size_t unit = codePage == kCodePageUtf16LE ? 2 : 1;
+  size_t pos = start;
+  while (pos < bytes.size()) {
+    size_t end = pos;
+    bool terminated = false;
+    while (end < bytes.size()) {
+      if (unit == 1 ? bytes[end] == '\n' : (end + 1 < bytes.size() && bytes[end] == '\n' && bytes[end + 1] == 0)) {
+        terminated = true;
+        break;
+      }
+      end += unit;
+    }
+    if (end > bytes.size()) end = bytes.size();
+    size_t contentEnd = end;
+    if (terminated && contentEnd >= pos + unit && bytes[contentEnd - unit] == '\r' &&
+        (unit == 1 || bytes[contentEnd - 1] == 0)) {
+      contentEnd -= unit;
+    }
+    Line line;
+    const size_t next = terminated ? end + unit : end;
+    line.raw.assign(bytes, pos, next - pos);
+    line.text = BytesToWide(bytes.data() + pos, contentEnd - pos, codePage);
+    line.terminated = terminated;
+    lines.push_back(std::move(line));
+    pos = next;
+  }
+}
+
+void Classify(Profile& p) {
+  p.sections.clear();
+  const size_t none = std::wstring::npos;
+  size_t current = none;  // index into p.sections (pointers would move as it grows)
+  for (size_t i = 0; i < p.lines.size(); ++i) {
+    const std::wstring t = TrimBlanks(p.lines[i].text);
+    if (!t.empty() && t[0] == L'[') {
+      if (current != none) p.sections[current].end = i;
+      const size_t close = t.find(L']');
+      Section s;
+      s.name = TrimBlanks(t.substr(1, close == none ? none : close - 1));
+      s.header = s.lastContent = i;
+      p.sections.push_back(std::move(s));
+      current = p.sections.size() - 1;
+      continue;
+    }
+    const size_t eq = t.find(L'=');
+    if (eq != none && current == none) {
+      Section s;
+      s.header = none;
+      p.sections.push_back(std::move(s));
+      current = p.sections.size() - 1;
+    }
+    if (current == none) continue;
+    if (!t.empty()) p.sections[current].lastContent = i;
+    if (eq != none) {
+      p.sections[current].entries.push_back(
+          Entry{TrimBlanks(t.substr(0, eq)), Unquote(TrimBlanks(t.substr(eq + 1))), i});
+    }
+  }
+  if (current != none) p.sections[current].end = p.lines.size();
+}
+
+void Parse(const std::string& bytes, Profile& p) {
+  size_t bomLength = 0;
+  p.codePage = DetectTextEncoding(bytes.data(), bytes.size(), bomLength);
+  p.bom.assign(bytes, 0, bomLength);
+  p.lines.clear();
+  SplitLines(bytes, bomLength, p.codePage, p.lines);
+  // Lines we add end as the file's first line does (\r\n for a new file).
+  bool crlf = true;
+  if (!p.lines.empty() && p.lines[0].terminated) {
+    const std::wstring raw = BytesToWide(p.lines[0].raw.data(), p.lines[0].raw.size(), p.codePage);
+    crlf = raw.size() >= 2 && raw[raw.size() - 2] == L'\r';
+  }
+  p.newline = WideToBytes(crlf ? L"\r\n" : L"\n", crlf ? 2 : 1, p.codePage);
+  Classify(p);
+}
+
+// ---------------------------------------------------------------------------
+// Cache: the function list reads one file key by key, so the parsed form of
+// the last few files is kept while their size, time and inode stay the same.
+// ---------------------------------------------------------------------------
+
+struct CacheEntry {
+  std::string path;
+  FileStamp stamp;
+  std::shared_ptr<const Profile> profile;
+};
+
+std::mutex& CacheMutex() {
+  static std::mutex m;
+  return m;
+}
+
+std::vector<CacheEntry>& Cache() {
+  static std::vector<CacheEntry> entries;
+  return entries;
+}
+
+constexpr size_t kCachedFiles = 4;
+constexpr long long kSettledSeconds = 2;
+
+void ForgetCached(const std::string& path) {
+  std::lock_guard<std::mutex> lock(CacheMutex());
+  auto& cache = Cache();
+  cache.erase(std::remove_if(cache.begin(), cache.end(), [&](const CacheEntry& e) { return e.path == path; }),
+              cache.end());
+}
+
+// The parsed file, or null when it cannot be read.
+std::shared_ptr<const Profile> LoadProfile(const wchar_t* file) {
+  if (!file) return nullptr;
+  const std::string path = NativeProfilePath(file);
+  FileStamp stamp;
+  if (!StampOf(path, stamp)) return nullptr;
+  {
+    std::lock_guard<std::mutex> lock(CacheMutex());
+    for (const CacheEntry& e : Cache()) {
+      if (e.path == path && e.stamp == stamp) return e.profile;
+    }
+  }
+  std::string bytes;
+  if (!ReadWholeFile(path, bytes)) return nullptr;
+  auto profile = std::make_shared<Profile>();
+  Parse(bytes, *profile);
+  FileStamp after;
+  // A file changed while being read is used once but not remembered. Nor is
+  // one modified in the last seconds: file times advance in coarse ticks, so
+  // a same-size rewrite within the tick would look unchanged.
+  const long long now = static_cast<long long>(std::time(nullptr));
+  if (StampOf(path, after) && after == stamp && static_cast<off_t>(bytes.size()) == stamp.size &&
+      now - stamp.mtimeSec >= kSettledSeconds) {
+    std::lock_guard<std::mutex> lock(CacheMutex());
+    auto& cache = Cache();
+    cache.erase(std::remove_if(cache.begin(), cache.end(), [&](const CacheEntry& e) { return e.path == path; }),
+                cache.end());
+    if (cache.size() >= kCachedFiles) cache.erase(cache.begin());
+    cache.push_back(CacheEntry{path, stamp, profile});
+  }
+  return profile;
+}
+
+// ---------------------------------------------------------------------------
+// Copying out
+// ---------------------------------------------------------------------------
+
+DWORD CopyText(const std::wstring& text, LPWSTR out, DWORD size) {
+  const size_t n = std::min<size_t>(text.size(), size - 1);
+  std::wmemcpy(out, text.data(), n);
+  out[n] = L'\0';
+  return static_cast<DWORD>(n);
+}
+
+// Names each followed by a terminator, then one more terminator.
+DWORD CopyList(const std::vector<std::wstring>& names, LPWSTR out, DWORD size) {
+  std::wstring list;
+  for (const std::wstring& n : names) {
+    list += n;
+    list += L'\0';
+  }
+  if (list.size() + 1 <= size) {
+    std::wmemcpy(out, list.data(), list.size());
+    out[list.size()] = L'\0';
+    if (list.empty() && size >= 2) out[1] = L'\0';  // an empty list still reads as "\0\0"
+    return static_cast<DWORD>(list.size());
+  }
+  if (size < 2) {
+    out[0] = L'\0';
+    return 0;
+  }
+  std::wmemcpy(out, list.data(), size - 2);
+  out[size - 2] = L'\0';
+  out[size - 1] = L'\0';
+  return size - 2;
+}
+
+void AddUniqueName(std::vector<std::wstring>& names, const std::wstring& name) {
+  for (const std::wstring& n : names) {
+    if (SameName(n, name)) return;
+  }
+  names.push_back(name);
+}
+
+// ---------------------------------------------------------------------------
+// Writing
+// ---------------------------------------------------------------------------
+
+Line MakeLine(const Profile& p, const std::wstring& text) {
+  Line line;
+  line.raw = WideToBytes(text.data(), text.size(), p.codePage) + p.newline;
+  line.text = text;
+  line.terminated = true;
+  return line;
+}
+
+// Lines inserted after an unterminated last line need it terminated first.
+void TerminateLine(const Profile& p, Line& line) {
+  if (!line.terminated) {
+    line.raw += p.newline;
+    line.terminated = true;
+  }
+}
+
+bool SaveLines(const std::string& path, const Profile& p, const mode_t* mode) {
+  std::string bytes = p.bom;
+  for (const Line& l : p.lines) bytes += l.raw;
+  return ReplaceFileAtomically(path, bytes, mode);
+}
+
+// Applies one edit to the lines; returns false when nothing changes.
+bool EditProfile(Profile& p, const std::wstring& app, const wchar_t* key, const wchar_t* value) {
+  const Section* section = p.FindSection(app);
+  if (!key) {  // delete the section
+    if (!section) return false;
+    const size_t first = section->header == std::wstring::npos ? 0 : section->header;
+    p.lines.erase(p.lines.begin() + static_cast<std::ptrdiff_t>(first),
+                  p.lines.begin() + static_cast<std::ptrdiff_t>(section->end));
+    return true;
+  }
+  const std::wstring keyName = TrimBlanks(key);
+  const Entry* entry = section ? FindEntry(*section, keyName) : nullptr;
+  if (!value) {  // delete the key
+    if (!entry) return false;
+    p.lines.erase(p.lines.begin() + static_cast<std::ptrdiff_t>(entry->line));
+    return true;
+  }
+  const std::wstring text = keyName + L"=" + value;
+  if (entry) {
+    const bool terminated = p.lines[entry->line].terminated;
+    p.lines[entry->line] = MakeLine(p, text);
+    if (!terminated) {  // the file's last line stays without a line end
+      p.lines[entry->line].raw.resize(p.lines[entry->line].raw.size() - p.newline.size());
+      p.lines[entry->line].terminated = false;
+    }
+    return true;
+  }
+  if (section) {
+    // After the section's last key or header, before blank lines that follow.
+    const size_t after = section->lastContent;
+    TerminateLine(p, p.lines[after]);
+    p.lines.insert(p.lines.begin() + static_cast<std::ptrdiff_t>(after + 1), MakeLine(p, text));
+    return true;
+  }
+  if (app.empty()) {  // keys before the first header form the section ""
+    p.lines.insert(p.lines.begin(), MakeLine(p, text));
+    return true;
+  }
+  if (!p.lines.empty()) TerminateLine(p, p.lines.back());
+  p.lines.push_back(MakeLine(p, L"[" + app + L"]"));
+  p.lines.push_back(MakeLine(p, text));
+  return true;
+}
+
+std::mutex& WriteMutex() {
+  static std::mutex m;
+  return m;
+}
+
+// GetPrivateProfileIntW's reading of a value: C integer syntax with a base
+// prefix, wrapping on overflow.
+UINT ParseProfileInt(const std::wstring& s) {
+  size_t i = 0;
+  while (i < s.size() && IsBlank(s[i])) ++i;
+  bool negative = false;
+  if (i < s.size() && (s[i] == L'+' || s[i] == L'-')) negative = s[i++] == L'-';
+  unsigned base = 10;
+  const auto hexDigit = [](wchar_t c) -> int {
+    if (c >= L'0' && c <= L'9') return c - L'0';
+    if (c >= L'a' && c <= L'f') return c - L'a' + 10;
+    if (c >= L'A' && c <= L'F') return c - L'A' + 10;
+    return -1;
+  };
+  if (i + 2 < s.size() && s[i] == L'0' && (s[i + 1] == L'x' || s[i + 1] == L'X') && hexDigit(s[i + 2]) >= 0) {
+    base = 16;
+    i += 2;
+  } else if (i < s.size() && s[i] == L'0') {
+    base = 8;
+  }
+  UINT value = 0;
+  for (; i < s.size(); ++i) {
+    const int d = hexDigit(s[i]);
+    if (d < 0 || static_cast<unsigned>(d) >= base) break;
+    value = value * base + static_cast<UINT>(d);
+  }
+  return negative ? 0u - value : value;
+}
+
+}  // namespace
+}  // namespace internal
+}  // namespace chartcore
+
+DWORD GetPrivateProfileStringW(LPCWSTR app, LPCWSTR key, LPCWSTR def, LPWSTR out, DWORD size, LPCWSTR file) {
+  using namespace chartcore::internal;
+  if (!out || size == 0) return 0;
+  const auto profile = LoadProfile(file);
+  if (!app) {
+    std::vector<std::wstring> names;
+    if (profile) {
+      for (const Section& s : profile->sections) {
+        if (s.header != std::wstring::npos) AddUniqueName(names, s.name);
+      }
+    }
+    return CopyList(names, out, size);
+  }
+  const Section* section = profile ? profile->FindSection(TrimBlanks(app)) : nullptr;
+  if (!key) {
+    std::vector<std::wstring> names;
+    if (section) {
+      for (const Entry& e : section->entries) AddUniqueName(names, e.key);
+    }
+    return CopyList(names, out, size);
+  }
+  const Entry* entry = section ? FindEntry(*section, TrimBlanks(key)) : nullptr;
+  if (entry) return CopyText(entry->value, out, size);
+  std::wstring fallback = def ? def : L"";
+  if (fallback.size() > size - 1) fallback.resize(size - 1);
+  while (!fallback.empty() && IsBlank(fallback.back())) fallback.pop_back();
+  return CopyText(fallback, out, size);
+}
+
+UINT GetPrivateProfileIntW(LPCWSTR app, LPCWSTR key, INT def, LPCWSTR file) {
+  using namespace chartcore::internal;
+  if (!app || !key) return static_cast<UINT>(def);
+  const auto profile = LoadProfile(file);
+  const Section* section = profile ? profile->FindSection(TrimBlanks(app)) : nullptr;
+  const Entry* entry = section ? FindEntry(*section, TrimBlanks(key)) : nullptr;
+  if (!entry || entry->value.empty()) return static_cast<UINT>(def);
+  return ParseProfileInt(entry->value);
+}
+
+BOOL WritePrivateProfileStringW(LPCWSTR app, LPCWSTR key, LPCWSTR value, LPCWSTR file) {
+  using namespace chartcore::internal;
+  if (!app && !key && !value) return TRUE;  // a cache flush: nothing is held back
+  if (!app || !file) return FALSE;
+  const std::string path = NativeProfilePath(file);
+  std::lock_guard<std::mutex> lock(WriteMutex());
+  Profile profile;
+  FileStamp stamp;
+  mode_t mode = 0;
+  const bool exists = StampOf(path, stamp, &mode);
+  if (exists) {
+    std::string bytes;
+    if (!ReadWholeFile(path, bytes)) return FALSE;
+    Parse(bytes, profile);
+  }
+  if (!EditProfile(profile, TrimBlanks(app), key, value)) return TRUE;
+  const bool saved = SaveLines(path, profile, exists ? &mode : nullptr);
+  ForgetCached(path);
+  return saved ? TRUE : FALSE;
+}
+
+#endif  // !_WIN32
