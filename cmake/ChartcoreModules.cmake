@@ -52,5 +52,5 @@ function(chartcore_module_test name)
   target_compile_definitions(chartcore_${name}_tests PRIVATE
     CHARTCORE_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
   add_test(NAME ${name} COMMAND chartcore_${name}_tests)
-  set_tests_properties(${name} PROPERTIES ENVIRONMENT "TZ=Asia/Seoul" LABELS "unit")
+  set_tests_properties(${name} PROPERTIES ENVIRONMENT "${CHARTCORE_TEST_ENV}" LABELS "unit")
 endfunction()

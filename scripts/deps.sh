@@ -15,7 +15,7 @@ for group in "$@"; do
                  libgtest-dev libgmock-dev libbenchmark-dev locales) ;;
     tool) want+=(libcli11-dev nlohmann-json3-dev) ;;
     qt) want+=(qt6-base-dev libgl-dev fonts-nanum) ;;
-    windows) want+=(g++-mingw-w64-x86-64-posix wine wine64) ;;
+    windows) want+=(g++-mingw-w64-x86-64-posix wine wine64 locales) ;;
     fuzz) want+=(clang libclang-rt-14-dev) ;;
     valgrind) want+=(valgrind) ;;
     *) echo "deps.sh: unknown group '$group'" >&2; exit 2 ;;
@@ -28,11 +28,21 @@ for p in "${want[@]}"; do
     missing+=("$p")
   fi
 done
-[ ${#missing[@]} -eq 0 ] && exit 0
-
-echo "deps.sh: installing ${missing[*]}" >&2
 SUDO=""
 if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
 export DEBIAN_FRONTEND=noninteractive
-$SUDO apt-get update -qq >/dev/null
-$SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+if [ ${#missing[@]} -gt 0 ]; then
+  echo "deps.sh: installing ${missing[*]}" >&2
+  $SUDO apt-get update -qq >/dev/null
+  $SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+fi
+
+# The Windows programs run under Wine in a Korean locale (code page 949).
+for group in "$@"; do
+  if [ "$group" = windows ] && ! locale -a 2>/dev/null | grep -qi '^ko_KR\.utf-\?8$'; then
+    echo "deps.sh: generating the ko_KR.UTF-8 locale" >&2
+    $SUDO sed -i 's/^# *ko_KR.UTF-8 UTF-8/ko_KR.UTF-8 UTF-8/' /etc/locale.gen
+    grep -q '^ko_KR.UTF-8 UTF-8' /etc/locale.gen || echo 'ko_KR.UTF-8 UTF-8' | $SUDO tee -a /etc/locale.gen >/dev/null
+    $SUDO locale-gen >/dev/null
+  fi
+done
