@@ -1,0 +1,514 @@
+#include "chartcore/foundation/formatting.h"
+
+#include <cmath>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "chartcore/packets/packet_types.h"
+
+namespace {
+
+using chartcore::kPacketEmptyValue;
+using chartcore::kPacketNoMaxValue;
+
+std::wstring W(const CString& s) { return s.str(); }
+
+std::wstring Fmt(double v, int code, int group = 0) { return W(GetYPacketStringOfFormat(v, code, group)); }
+
+std::wstring Notation(double v, int denominator) {
+  wchar_t buf[chartcore::kNotationBufferSize];
+  GetNotationFmt(buf, v, denominator);
+  return buf;
+}
+
+std::wstring FloatFormat(double scale) {
+  wchar_t buf[chartcore::kFloatFormatBufferSize];
+  MakeFloatFormatData(buf, scale);
+  return buf;
+}
+
+std::wstring Grouped(const wchar_t* text, unsigned int n, bool withSpace = false) {
+  CString s(text);
+  if (withSpace) {
+    InsertCommaWithSpace(s, n);
+  } else {
+    InsertComma(s, n);
+  }
+  return W(s);
+}
+
+// The text of a code built literally with the framework's Format, step by
+// step, as the formatter's fast path must reproduce it.
+std::wstring FormatReference(double v, int code, int group) {
+  if (std::fabs(v) < 1e-8) v = 0;
+  if (v == kPacketEmptyValue || v == kPacketNoMaxValue || !(std::fabs(v) <= 1e18)) return L"N/A";
+  const bool grouped = group == 1 && (v >= 1000 || v <= -1000);
+  CString text;
+  if (code >= 65) {
+    const double whole = std::trunc(v);
+    text.Format(L"%.f", whole);
+    if (grouped) InsertCommaWithSpace(text, 3);
+    const double f = GetDecimalScaleFromFloat(code) * (v - whole);
+    CString digits;
+    digits.Format(L"%.f", f);
+    text.AppendFormat(code == 75 && f < 10 ? L"`0%s" : L"`%s", digits.GetString());
+    return W(text);
+  }
+  wchar_t format[chartcore::kFloatFormatBufferSize];
+  MakeFloatFormatData(format, (code >= 1 && code <= 7) ? std::pow(10.0, -code) : 1.0);
+  text.Format(format, v);
+  if (grouped) InsertCommaWithSpace(text, 3);
+  return W(text);
+}
+
+// Random values that hit what rounding gets wrong: exact ties at the shown
+// decimals (odd multiples of 2^-(d+1)), their neighbours, integers, the 1000
+// grouping boundary, and values spread over every magnitude up to 1e18.
+class ValueSource {
+ public:
+  explicit ValueSource(std::uint64_t seed) : m_rng(seed) {}
+
+  double Next(int decimals) {
+    const double sign = (m_rng() & 1) ? -1.0 : 1.0;
+    const int kind = static_cast<int>(m_rng() % 6);
+    const double whole = std::floor(std::ldexp(static_cast<double>(m_rng() >> 11), -53) * 1e6);
+    double v = 0;
+    switch (kind) {
+      case 0:
+      case 1: {  // exact tie, or its neighbour
+        const int bits = std::min(decimals + 1, 30);
+        const double odd = static_cast<double>((m_rng() % (std::uint64_t{1} << (bits - 1))) * 2 + 1);
+        v = whole + std::ldexp(odd, -bits);
+        if (kind == 1) v = std::nextafter(v, (m_rng() & 1) ? 1e300 : -1e300);
+        break;
+      }
+      case 2:  // integers and the grouping boundary
+        v = (m_rng() & 1) ? whole : 1000.0 + static_cast<double>(static_cast<int>(m_rng() % 2001) - 1000) * 1e-3;
+        break;
+      default: {  // any magnitude from 1e-9 to 1e18
+        const double exponent = -9.0 + 27.0 * std::ldexp(static_cast<double>(m_rng() >> 11), -53);
+        v = std::pow(10.0, exponent) * (1.0 + std::ldexp(static_cast<double>(m_rng() >> 11), -53));
+        break;
+      }
+    }
+    return sign * v;
+  }
+
+ private:
+  std::mt19937_64 m_rng;
+};
+
+}  // namespace
+
+TEST(FormattingCodes, DecimalsRoundingAndUnprintableValues) {
+  EXPECT_EQ(Fmt(0.000000001, 2), L"0.00");  // below 1e-8 is zero
+  EXPECT_EQ(Fmt(-0.000000001, 0), L"0");    // zeroed before the sign is seen
+  EXPECT_EQ(Fmt(1e19, 0), L"N/A");
+  EXPECT_EQ(Fmt(1e18, 0), L"1000000000000000000");  // the limit itself prints
+  EXPECT_EQ(Fmt(-1e18 * 1.0000001, 2), L"N/A");
+  EXPECT_EQ(Fmt(kPacketNoMaxValue, 2), L"N/A");
+  EXPECT_EQ(Fmt(kPacketEmptyValue, 2), L"N/A");
+  EXPECT_EQ(Fmt(std::nan(""), 2), L"N/A");
+  EXPECT_EQ(Fmt(2.5, 0), L"3");          // exact tie: away from zero
+  EXPECT_EQ(Fmt(-2.5, 0), L"-3");
+  EXPECT_EQ(Fmt(0.125, 2), L"0.13");     // 0.125 is exact, so a tie
+  EXPECT_EQ(Fmt(-0.125, 2), L"-0.13");
+  EXPECT_EQ(Fmt(2.675, 2), L"2.67");     // stored just below 2.675
+  EXPECT_EQ(Fmt(-0.001, 2), L"-0.00");   // the sign stays on a rounded zero
+  EXPECT_EQ(Fmt(1.23456789, 7), L"1.2345679");
+  EXPECT_EQ(Fmt(1234.5, 8), L"1235");    // 8-64: whole numbers
+  EXPECT_EQ(Fmt(1234.5, 64), L"1235");
+  EXPECT_EQ(Fmt(1234.4, -3), L"1234");   // codes below 0 too
+}
+
+TEST(FormattingCodes, GroupingLooksAtTheValueNotTheText) {
+  EXPECT_EQ(Fmt(1234.5, 1, 1), L"1,234.5");
+  EXPECT_EQ(Fmt(1234.5, 1, 0), L"1234.5");
+  EXPECT_EQ(Fmt(1234.5, 1, 2), L"1234.5");  // only a flag of exactly 1 groups
+  EXPECT_EQ(Fmt(999.9, 1, 1), L"999.9");
+  EXPECT_EQ(Fmt(999.999, 2, 1), L"1000.00");  // rounds up to 1000 but is below it
+  EXPECT_EQ(Fmt(-1000.0, 0, 1), L"-1,000");
+  EXPECT_EQ(Fmt(-1234567.5, 1, 1), L"-1,234,567.5");
+  EXPECT_EQ(Fmt(123456789012345678.0, 0, 1), L"123,456,789,012,345,680");  // nearest double
+  EXPECT_EQ(Fmt(1234.5, 65, 1), L"1,234`1");  // the whole part is grouped
+}
+
+TEST(FormattingCodes, FractionCodesWriteNumeratorsAsPrinted) {
+  EXPECT_EQ(Fmt(101.5, 65), L"101`1");
+  EXPECT_EQ(Fmt(101.75, 66), L"101`3");
+  EXPECT_EQ(Fmt(101.875, 67), L"101`7");
+  EXPECT_EQ(Fmt(101.9375, 68), L"101`15");
+  EXPECT_EQ(Fmt(101.5, 69), L"101`5");    // 69-74: tenths
+  EXPECT_EQ(Fmt(101.03125, 75), L"101`01");
+  EXPECT_EQ(Fmt(101.15625, 75), L"101`05");
+  EXPECT_EQ(Fmt(101.5, 75), L"101`16");
+  EXPECT_EQ(Fmt(101.3, 75), L"101`010");  // 9.6 32nds: padded before rounding to 10
+  EXPECT_EQ(Fmt(101.99, 65), L"101`2");   // 1.98 halves round to 2, not carried
+  EXPECT_EQ(Fmt(-101.5, 65), L"-101`-1"); // the numerator keeps its sign
+  EXPECT_EQ(Fmt(-101.5, 75), L"-101`0-16");
+  EXPECT_EQ(Fmt(-0.5, 65), L"-0`-1");     // trunc(-0.5) prints as "-0"
+  EXPECT_EQ(Fmt(0.0, 75), L"0`00");
+  EXPECT_EQ(Fmt(134.0 + 1.25 / 32, 77), L"134`012");
+  EXPECT_EQ(Fmt(134.0 + 16.5 / 32, 77), L"134`165");
+  EXPECT_EQ(Fmt(1234.0 + 16.5 / 32, 77, 1), L"1234`165");  // never grouped
+  EXPECT_EQ(Fmt(134.0 + 1.5 / 32, 76), L"134`015");
+  EXPECT_EQ(Fmt(134.0 + 16.3 / 32, 78), L"134`16.3");
+  EXPECT_EQ(Fmt(134.5, 99), L"134`16.0");
+}
+
+TEST(FormattingCodes, FieldWidthOverloadPadsAndKeepsNA) {
+  EXPECT_EQ(W(GetYPacketStringOfFormat(kPacketEmptyValue, 8, 2, 0)), L"N/A" + std::wstring(8, L' '));
+  EXPECT_EQ(W(GetYPacketStringOfFormat(kPacketEmptyValue, 2, 0, 0)), L"N/A");  // already wider than 2
+  EXPECT_EQ(W(GetYPacketStringOfFormat(kPacketEmptyValue, 0, 1, 0)), L"N/A  ");
+  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5, 10, 2, 0)), L"   1234.50");
+  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5, 10, 2, 1)), L"   1,234.50");  // blanks kept, one wider
+  EXPECT_EQ(W(GetYPacketStringOfFormat(-1234.5, 10, 2, 1)), L"  -1,234.50");
+  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5, 10, 0, 0)), L"1235");  // no decimals: "%.f", no field
+  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5, 10, -2, 0)), L"1235");
+  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5, 0, 2, 0)), L"N/A");   // no field at all
+  EXPECT_EQ(W(GetYPacketStringOfFormat(kPacketNoMaxValue, 1, 1, 0)), L"-1000000015047466219876688855040.0");
+  const std::wstring huge = W(GetYPacketStringOfFormat(1e300, 5, 2, 0));  // no 1e18 limit here
+  EXPECT_EQ(huge.size(), 304u);
+  EXPECT_EQ(huge.substr(0, 17), L"10000000000000000");
+  EXPECT_EQ(W(GetYPacketStringOfFormat(1.5, 1 << 30, 1, 0)).size(), static_cast<size_t>(chartcore::kMaxFieldWidth));
+}
+
+TEST(FormattingCodes, ScaleOverloadSteps) {
+  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5678, 0.01, 1)), L"1,234.57");
+  EXPECT_EQ(W(GetYPacketStringOfFormat(0.004, 0.01, 0)), L"0.00");    // below one step
+  EXPECT_EQ(W(GetYPacketStringOfFormat(-0.004, 0.01, 0)), L"0.00");
+  EXPECT_EQ(W(GetYPacketStringOfFormat(5.5, 0.5, 0)), L"5.5");
+  EXPECT_EQ(W(GetYPacketStringOfFormat(5.5, 1.0, 0)), L"6");
+  EXPECT_EQ(W(GetYPacketStringOfFormat(5.5, 0.0, 0)), L"6");
+  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5, 10.0, 0)), L"      1235");   // a scale above 1 is a width
+  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5, 10.0, 1)), L"      1,235");
+  EXPECT_EQ(W(GetYPacketStringOfFormat(5.0, 10.0, 0)), L"         0");     // below one step
+  EXPECT_EQ(W(GetYPacketStringOfFormat(101.5, 75.0, 0)), L"101`16");       // 65 and above: a code
+  EXPECT_EQ(W(GetYPacketStringOfFormat(kPacketEmptyValue, 0.01, 0)), L"N/A");
+  EXPECT_EQ(W(GetYPacketStringOfFormat(kPacketNoMaxValue, 0.01, 0)), L"N/A");
+  EXPECT_EQ(W(GetYPacketStringOfFormat(2e18, 0.01, 0)), L"N/A");
+}
+
+TEST(FormattingCodes, FloatFormatsOfScalesAndFields) {
+  EXPECT_EQ(FloatFormat(0.01), L"%.2f");
+  EXPECT_EQ(FloatFormat(0.1), L"%.1f");
+  EXPECT_EQ(FloatFormat(0.5), L"%.1f");
+  EXPECT_EQ(FloatFormat(0.25), L"%.1f");
+  EXPECT_EQ(FloatFormat(0.05), L"%.2f");   // 1/0.05 reads back as 20.00, two divisions
+  EXPECT_EQ(FloatFormat(0.0000001), L"%.7f");
+  EXPECT_EQ(FloatFormat(1.0), L"%.f");
+  EXPECT_EQ(FloatFormat(0.0), L"%.f");
+  EXPECT_EQ(FloatFormat(std::nan("")), L"%.f");
+  EXPECT_EQ(FloatFormat(10.0), L"%10.f");
+  EXPECT_EQ(FloatFormat(1.5), L"%1.f");
+  EXPECT_EQ(FloatFormat(1e12), L"%1024.f");  // capped field
+  EXPECT_EQ(FloatFormat(-0.01), L"%.1f");    // any other scale: one division ends it
+  EXPECT_EQ(FloatFormat(1e-300), L"%.100f"); // capped decimals
+  wchar_t buf[chartcore::kFloatFormatBufferSize];
+  MakeFloatFormatData(buf, 10, 2);
+  EXPECT_STREQ(buf, L"%10.2f");
+  MakeFloatFormatData(buf, 0, 2);
+  EXPECT_STREQ(buf, L"%.f");
+  MakeFloatFormatData(buf, 10, 0);
+  EXPECT_STREQ(buf, L"%.f");
+  MakeFloatFormatData(buf, 1 << 30, 1 << 30);
+  EXPECT_STREQ(buf, L"%1024.100f");
+  EXPECT_EQ(GetDecimalScaleFromFloat(0), 10);
+  EXPECT_EQ(GetDecimalScaleFromFloat(8), 10);
+  EXPECT_EQ(GetDecimalScaleFromFloat(65), 2);
+  EXPECT_EQ(GetDecimalScaleFromFloat(66), 4);
+  EXPECT_EQ(GetDecimalScaleFromFloat(67), 8);
+  EXPECT_EQ(GetDecimalScaleFromFloat(68), 16);
+  EXPECT_EQ(GetDecimalScaleFromFloat(69), 10);
+  EXPECT_EQ(GetDecimalScaleFromFloat(74), 10);
+  EXPECT_EQ(GetDecimalScaleFromFloat(75), 32);
+  EXPECT_EQ(GetDecimalScaleFromFloat(76), 64);
+  EXPECT_EQ(GetDecimalScaleFromFloat(77), 128);
+  EXPECT_EQ(GetDecimalScaleFromFloat(78), 10);
+}
+
+TEST(FormattingGrouping, SignsDecimalsBlanksAndGroupSizes) {
+  EXPECT_EQ(Grouped(L"+123", 3), L"+123");
+  EXPECT_EQ(Grouped(L"1234567", 3), L"1,234,567");
+  EXPECT_EQ(Grouped(L"-1234567.5", 3), L"-1,234,567.5");
+  EXPECT_EQ(Grouped(L"-123456", 3), L"-123,456");  // none right after the sign
+  EXPECT_EQ(Grouped(L"1,2,3,4", 3), L"1,234");     // old commas go first
+  EXPECT_EQ(Grouped(L"  1234  ", 3), L"1,234");    // trimmed
+  EXPECT_EQ(Grouped(L"1234.5678", 3), L"1,234.5678");  // decimals untouched
+  EXPECT_EQ(Grouped(L"1234", 1), L"1,2,3,4");
+  EXPECT_EQ(Grouped(L"-1234", 1), L"-123,4");      // signed: only where p + 1 >= 5
+  EXPECT_EQ(Grouped(L"1,234", 0), L"1234");        // size 0 only removes
+  EXPECT_EQ(Grouped(L".5", 3), L".5");             // no integer part: kept
+  EXPECT_EQ(Grouped(L"", 3), L"");
+  EXPECT_EQ(Grouped(L"1234", 4000000000u), L"1234");
+  EXPECT_EQ(Grouped(L"   1234.50", 3, true), L"   1,234.50");
+  EXPECT_EQ(Grouped(L"1234   ", 3, true), L"1,234   ");
+  EXPECT_EQ(Grouped(L"  -1234 ", 3, true), L"  -1,234 ");
+  EXPECT_EQ(Grouped(L"   ", 3, true), L"   ");
+}
+
+TEST(FormattingNotation, ThirtySecondsWithTheirFraction) {
+  EXPECT_EQ(Notation(134.0 + 1.25 / 32, 128), L"134`012");
+  EXPECT_EQ(Notation(134.0 + 16.5 / 32, 128), L"134`165");
+  EXPECT_EQ(Notation(134.0 + 16.75 / 32, 128), L"134`167");  // 7.5 truncated
+  EXPECT_EQ(Notation(134.0 + 16.74 / 32, 128), L"134`167");  // rounded to the 128th first
+  EXPECT_EQ(Notation(134.0 + 16.5 / 32, 64), L"134`165");
+  EXPECT_EQ(Notation(134.0 + 16.2 / 32, 64), L"134`160");    // nearest 64th is 16/32
+  EXPECT_EQ(Notation(134.0 + 31.9 / 32, 64), L"135`000");    // rounds into the next whole
+  EXPECT_EQ(Notation(134.0 + 16.3 / 32, 10), L"134`16.3");
+  EXPECT_EQ(Notation(134.5, 10), L"134`16.0");
+  EXPECT_EQ(Notation(-134.5, 10), L"-134`16.0");   // sign first
+  EXPECT_EQ(Notation(-0.5, 64), L"-0`160");
+  EXPECT_EQ(Notation(-1e-6, 64), L"0`000");        // no sign on a rounded zero
+  EXPECT_EQ(Notation(134.5, 32), L"134`16");
+  EXPECT_EQ(Notation(134.5, 7), L"134`16");        // any other denominator: 32nds
+  EXPECT_EQ(Notation(kPacketEmptyValue, 64), L"N/A");
+  EXPECT_EQ(Notation(std::nan(""), 64), L"N/A");
+  const std::wstring longest = Notation(-999999999999999999.0, 10);
+  EXPECT_LT(longest.size(), static_cast<size_t>(chartcore::kNotationBufferSize));
+}
+
+TEST(FormattingParse, ReadsEveryFormOfTheFormatterBack) {
+  EXPECT_EQ(GetPriceValueOfFormat(L"1,234.57", 2), 1234.57);
+  EXPECT_EQ(GetPriceValueOfFormat(L"   1,234.50", 2), 1234.5);
+  EXPECT_EQ(GetPriceValueOfFormat(L"-0.13", 2), -0.13);
+  EXPECT_EQ(GetPriceValueOfFormat(L"+5", 0), 5.0);
+  EXPECT_EQ(GetPriceValueOfFormat(L"101`16", 75), 101.5);
+  EXPECT_EQ(GetPriceValueOfFormat(L"101`05", 75), 101.15625);
+  EXPECT_EQ(GetPriceValueOfFormat(L"101`010", 75), 101.3125);  // the padded 10
+  EXPECT_EQ(GetPriceValueOfFormat(L"-101`0-16", 75), -101.5);
+  EXPECT_EQ(GetPriceValueOfFormat(L"-101`-1", 65), -101.5);
+  EXPECT_EQ(GetPriceValueOfFormat(L"-101`1", 65), -101.5);     // typed: the fraction takes the sign
+  EXPECT_EQ(GetPriceValueOfFormat(L"-0`-1", 65), -0.5);
+  EXPECT_EQ(GetPriceValueOfFormat(L"101`2", 65), 102.0);       // what the text shows
+  EXPECT_EQ(GetPriceValueOfFormat(L"1,234`1", 65), 1234.5);
+  EXPECT_EQ(GetPriceValueOfFormat(L"101`3", 69), 101.3);       // tenths: nearest double of 101.3
+  EXPECT_EQ(GetPriceValueOfFormat(L"134`012", 77), 134.0 + 1.25 / 32);
+  EXPECT_EQ(GetPriceValueOfFormat(L"134`167", 77), 134.0 + 16.75 / 32);
+  EXPECT_EQ(GetPriceValueOfFormat(L"134`165", 76), 134.0 + 16.5 / 32);
+  EXPECT_EQ(GetPriceValueOfFormat(L"-134`16.3", 78), -(134.0 + 16.3 / 32));
+  EXPECT_EQ(GetPriceValueOfFormat(L"101.5", 75), 101.5);       // typed decimal under a fraction code
+  for (const wchar_t* bad : {L"", L"N/A", L"abc", L"1.2.3", L"12`", L"`5", L"1`x", L"1e5", L"--1", L"1`2`3",
+                             L"101`16", L"1.5`3"}) {
+    const int code = std::wstring(bad) == L"101`16" ? 2 : 75;  // a fraction under a decimal code is bad too
+    EXPECT_EQ(GetPriceValueOfFormat(bad, code), kPacketEmptyValue) << bad;
+  }
+  EXPECT_EQ(GetPriceValueOfFormat(L"134`1", 77), kPacketEmptyValue);  // one digit is no 32nd count
+  EXPECT_EQ(GetPriceValueOfFormat(L"134`16.", 78), kPacketEmptyValue);
+}
+
+TEST(FormattingParse, EveryFormatterTextReadsBackToTheValueItShows) {
+  ValueSource source(7);
+  std::vector<int> codes = {-1, 0, 1, 2, 3, 4, 5, 6, 7, 8};
+  for (int code = 64; code <= 79; ++code) codes.push_back(code);
+  for (const int code : codes) {
+    for (int i = 0; i < 4000; ++i) {
+      double v = source.Next(code >= 1 && code <= 7 ? code : 6);
+      if (std::fabs(v) > 1e15) v = std::fmod(v, 1e15);  // keep the fraction meaningful
+      const int group = i & 1;
+      const std::wstring text = Fmt(v, code, group);
+      const double shown = GetPriceValueOfFormat(text.c_str(), code);
+      ASSERT_NE(shown, kPacketEmptyValue) << text << " code " << code;
+      // Printing what was read shows the same value again.
+      const std::wstring again = Fmt(shown, code, group);
+      ASSERT_EQ(GetPriceValueOfFormat(again.c_str(), code), shown) << text << " -> " << again;
+      if (code < 65 || code > 75) {
+        // Normalised texts read back to themselves; "-0" reads as 0, which
+        // prints unsigned, and -999.6 shows "-1000" ungrouped while -1000
+        // itself is grouped.
+        if (shown != 0 && group == 0) {
+          ASSERT_EQ(again, text) << code;
+        }
+      } else {
+        // Whole part plus the printed numerator over the denominator.
+        const double whole = std::trunc(v);
+        const double numerator = std::round(GetDecimalScaleFromFloat(code) * (v - whole));
+        ASSERT_NEAR(shown, whole + numerator / GetDecimalScaleFromFloat(code), 1e-9 * (1 + std::fabs(v))) << text;
+      }
+    }
+  }
+}
+
+TEST(FormattingFastPath, MatchesFrameworkFormatOnRandomValues) {
+  // 100,000 values per code: both signs, exact ties and their neighbours,
+  // grouping on and off.
+  ValueSource source(20240115);
+  for (const int code : {-1, 0, 1, 2, 3, 4, 5, 6, 7, 8, 64, 65, 66, 67, 68, 69, 74, 75}) {
+    const int decimals = code >= 1 && code <= 7 ? code : 0;
+    const int tieDecimals = code >= 65 ? 5 : decimals;  // ties of the numerator too
+    for (int i = 0; i < 100000; ++i) {
+      const double v = source.Next(tieDecimals);
+      const int group = (i >> 1) & 1;
+      const std::wstring expected = FormatReference(v, code, group);
+      const std::wstring got = Fmt(v, code, group);
+      if (got != expected) {
+        ADD_FAILURE() << "code " << code << " group " << group << " value " << v << ": " << got << " vs " << expected;
+        return;
+      }
+    }
+  }
+}
+
+TEST(FormattingFastPath, FieldAndScaleOverloadsMatchFrameworkFormat) {
+  ValueSource source(99);
+  const int widths[] = {1, 8, 12, 30};
+  const double scales[] = {0.01, 0.5, 0.001, 1e-6, 5.0, 0.3};
+  for (int i = 0; i < 20000; ++i) {
+    const int decimals = i % 10;
+    const double v = source.Next(decimals);
+    const int width = widths[i % 4];
+    const int group = (i >> 2) & 1;
+    CString expected;
+    wchar_t format[chartcore::kFloatFormatBufferSize];
+    MakeFloatFormatData(format, width, decimals);
+    expected.Format(format, v);
+    if (group == 1 && std::fabs(v) >= 1000) InsertCommaWithSpace(expected, 3);
+    ASSERT_EQ(W(GetYPacketStringOfFormat(v, width, decimals, group)), W(expected)) << v << " " << format;
+
+    const double scale = scales[i % 6];
+    double shown = v;
+    if (std::fabs(shown) < 1e-8 || std::fabs(shown) < scale) shown = 0;
+    MakeFloatFormatData(format, scale);
+    expected.Format(format, shown);
+    if (group == 1 && std::fabs(shown) >= 1000) InsertCommaWithSpace(expected, 3);
+    if (std::fabs(shown) > 1e18) expected = L"N/A";
+    ASSERT_EQ(W(GetYPacketStringOfFormat(v, scale, group)), W(expected)) << v << " " << format;
+  }
+}
+
+TEST(FormattingDateTimeStrings, SeparatorsModesAndPlainDigits) {
+  EXPECT_EQ(W(GetXPacketDateString(20240115, 0)), L"2024/01/15");
+  EXPECT_EQ(W(GetXPacketDateString(20240115, 1)), L"2024-01-15");
+  EXPECT_EQ(W(GetXPacketDateString(20240115, 2)), L"2024:01:15");
+  EXPECT_EQ(W(GetXPacketDateString(20240115, 7)), L"2024/01/15");  // unknown mode: default
+  EXPECT_EQ(W(GetXPacketDateString(20240115093000.0, 0)), L"2024/01/15093000");
+  EXPECT_EQ(W(GetXPacketDateString(1234567, 0)), L"1234567");
+  EXPECT_EQ(W(GetXPacketDateString(9999999.6, 0)), L"10000000");  // below 1e7, printed rounded
+  EXPECT_EQ(W(GetXPacketDateString(-1000, 0)), L"-1000");
+  EXPECT_EQ(W(GetXPacketDateString(kPacketEmptyValue, 0)), L"N/A");
+  EXPECT_EQ(W(GetXPacketTimeString(20240115093000.0, 0)), L"09:30:00");
+  EXPECT_EQ(W(GetXPacketTimeString(20240115093000.0, 2)), L"09/30/00");
+  EXPECT_EQ(W(GetXPacketTimeString(153000, 1)), L"15-30-00");
+  EXPECT_EQ(W(GetXPacketTimeString(93000, 0)), L"93:00:0");  // five digits are not padded
+  EXPECT_EQ(W(GetXPacketTimeString(9999, 0)), L"9999");
+  EXPECT_EQ(W(GetXPacketTimeString(100000000, 0)), L"0::");  // a date alone leaves one digit
+  EXPECT_EQ(W(GetXPacketTimeString(-1e37, 0)), L"N/A");
+  EXPECT_EQ(W(GetXPacketTimeString(-5e20, 0)), L"N/A");
+  EXPECT_EQ(W(GetXPacketTimeString(-9e19, 0)), L"-90000000000000000000");
+  EXPECT_EQ(W(GetXPacketTimeString(kPacketEmptyValue, 0)), L"N/A");
+  EXPECT_EQ(W(GetXPacketTimeString(std::nan(""), 0)), L"N/A");
+}
+
+TEST(FormattingDateTimeStrings, LongValuesAreCutAndNeverOverflow) {
+  // Digits finer than seconds are cut: the first fourteen digits stay.
+  EXPECT_EQ(W(GetXPacketDateString(202401150930001.0, 0)), L"2024/01/15093000");
+  EXPECT_EQ(W(GetXPacketTimeString(202401150930459.0, 0)), L"09:30:45");
+  EXPECT_EQ(W(GetXPacketTimeString(123456789012345678.0, 0)), L"90:12:34");
+  // A date far below zero prints all its digits (more than a 30-wide buffer).
+  const std::wstring digits = W(GetXPacketDateString(-1e300, 0));
+  EXPECT_EQ(digits.size(), 302u);
+  EXPECT_EQ(digits.substr(0, 5), L"-1000");
+  EXPECT_EQ(W(GetXPacketDateString(-1.7976931348623157e308, 0)).size(), 310u);
+  EXPECT_EQ(W(GetXPacketDateString(1e300, 0)), L"1000/00/00000000");  // cut to 14 digits first
+}
+
+TEST(FormattingHelpers, AutoDecimalDiffAndNumericHelpers) {
+  EXPECT_EQ(W(GetAutoYPacketStringOfFormat(1234.5, 2)), L"1,234.5");
+  EXPECT_EQ(W(GetAutoYPacketStringOfFormat(12.0, 2)), L"12");
+  EXPECT_EQ(W(GetAutoYPacketStringOfFormat(-0.001, 2)), L"0");
+  EXPECT_EQ(W(GetAutoYPacketStringOfFormat(1234.5, 65)), L"1,234`1");
+  EXPECT_EQ(W(GetAutoYPacketStringOfFormat(kPacketEmptyValue, 2)), L"N/A");
+  EXPECT_EQ(W(GetDecimalFloatFormat(1234.5, 3, 1, 0)), L"1,234.500");
+  EXPECT_EQ(W(GetDecimalFloatFormat(1234.5, 3, 0, 1)), L"1234.5");
+  EXPECT_EQ(W(GetDecimalFloatFormat(0.125, 2, 0, 0)), L"0.13");
+  EXPECT_EQ(W(GetDecimalFloatFormat(1.0, 25, 0, 0)), L"1." + std::wstring(25, L'0'));  // beyond the fast path
+  EXPECT_EQ(W(GetDecimalFloatFormat(1e19, 2, 0, 0)), L"N/A");
+
+  EXPECT_EQ(GetDiffValueOfFloat(0.3, 0.1, 2, 0), 0.2);  // 0.19999999999999998 without rounding
+  EXPECT_EQ(GetDiffValueOfFloat(0.3, 0.05, 2, 1), 25.0);
+  EXPECT_EQ(GetDiffValueOfFloat(101.5, 101.0 + 1.0 / 32, 75, 1), 15.0);
+  EXPECT_EQ(GetDiffValueOfFloat(101.5, 101.0, 77, 1), 64.0);
+  EXPECT_EQ(GetDiffValueOfFloat(101.5, 101.0, 78, 1), 160.0);
+  EXPECT_EQ(GetDiffValueOfFloat(10.7, 10.0, 0, 0), 1.0);
+  EXPECT_EQ(GetDiffValueOfFloat(kPacketEmptyValue, 1.0, 2, 0), kPacketEmptyValue);
+  EXPECT_EQ(GetDiffValueOfFloat(1.0, kPacketNoMaxValue, 2, 0), kPacketEmptyValue);
+
+  EXPECT_EQ(GetTickValue(0, 999.99), 1);
+  EXPECT_EQ(GetTickValue(0, 1000), 5);
+  EXPECT_EQ(GetTickValue(0, 49999), 50);
+  EXPECT_EQ(GetTickValue(0, 50000), 100);
+  EXPECT_EQ(GetTickValue(0, 499999), 500);
+  EXPECT_EQ(GetTickValue(0, 500000), 1000);
+  EXPECT_EQ(GetTickValue(1, 49999), 50);
+  EXPECT_EQ(GetTickValue(1, 50000), 100);
+  EXPECT_EQ(GetTickValue(1, 1e9), 100);
+  EXPECT_EQ(GetTickValue(2, 100), 0);
+  EXPECT_EQ(GetMarketPointValue(14), 500000);
+  EXPECT_EQ(GetMarketPointValue(124), 500000);
+  EXPECT_EQ(GetMarketPointValue(25), 10);
+  EXPECT_EQ(GetMarketPointValue(134), 500);
+  EXPECT_EQ(GetMarketPointValue(1007), 10000);
+  EXPECT_EQ(GetMarketPointValue(17), 1);
+  EXPECT_EQ(CompareFloat(1.0, 1.05, 0.05), -1);  // the bound is strict
+  EXPECT_EQ(CompareFloat(1.0, 1.04, 0.05), 0);
+  EXPECT_EQ(CompareFloat(2.0, 1.0, 0.5), 1);
+  EXPECT_EQ(GetDepressedValue(12345.0, 2), 123.45);
+  EXPECT_EQ(GetDepressedValue(1.5, -3), 1500.0);
+  EXPECT_EQ(GetDepressedValue(kPacketEmptyValue, 3), kPacketEmptyValue);
+  EXPECT_EQ(GetDepressedValue(7.0, 0), 7.0);
+  EXPECT_EQ(GetDepressedValue(1.0, INT32_MIN), HUGE_VAL);
+}
+
+TEST(FormattingHelpers, PaddingAndZeroHelpers) {
+  CString s(L"abc");
+  EXPECT_EQ(AddChar(s, 1, L"-", 3), 6);
+  EXPECT_EQ(W(s), L"a---bc");
+  AddChar(s, -5, L"<", 1);
+  AddChar(s, 99, L">", 1);
+  EXPECT_EQ(W(s), L"<a---bc>");
+  EXPECT_EQ(AddChar(s, 0, L"", 5), 8);
+  EXPECT_EQ(AddChar(s, 0, nullptr, 5), 8);
+  EXPECT_EQ(AddChar(s, 0, L"x", 0), 8);
+  CString big;
+  EXPECT_EQ(AddChar(big, 0, L"ab", 2000000000), 65536);
+
+  CString pad(L"N/A");
+  EXPECT_EQ(AddSpaceChar(pad, 6, 1), 6);
+  EXPECT_EQ(W(pad), L"   N/A");
+  AddSpaceChar(pad, 8, 0);
+  EXPECT_EQ(W(pad), L"   N/A  ");
+  EXPECT_EQ(AddSpaceChar(pad, 2, 1), 8);
+  EXPECT_EQ(AddSpaceChar(pad, 2000000000, 1), chartcore::kMaxFieldWidth);
+
+  const auto zeros = [](const wchar_t* t, int n) {
+    CString c(t);
+    AddZeroChar(c, n);
+    return W(c);
+  };
+  EXPECT_EQ(zeros(L"12", 2), L"12.00");
+  EXPECT_EQ(zeros(L"1,234.5", 2), L"1,234.50");
+  EXPECT_EQ(zeros(L"1.2345", 2), L"1.2345");  // never cuts
+  EXPECT_EQ(zeros(L"  -7  ", 1), L"  -7.0  ");
+  EXPECT_EQ(zeros(L"N/A", 2), L"N/A");
+  EXPECT_EQ(zeros(L"101`16", 2), L"101`16");
+  EXPECT_EQ(zeros(L"12", 0), L"12");
+
+  const auto trim = [](const wchar_t* t) {
+    CString c(t);
+    RemoveZeroChar(c);
+    return W(c);
+  };
+  EXPECT_EQ(trim(L"12.500"), L"12.5");
+  EXPECT_EQ(trim(L"12.000"), L"12");
+  EXPECT_EQ(trim(L"1200"), L"1200");
+  EXPECT_EQ(trim(L"-0.00"), L"0");
+  EXPECT_EQ(trim(L"-0.10"), L"-0.1");
+  EXPECT_EQ(trim(L"-.000"), L"0");
+  EXPECT_EQ(trim(L"  1,200.50 "), L"  1,200.5 ");
+  EXPECT_EQ(trim(L"N/A"), L"N/A");
+  EXPECT_EQ(trim(L""), L"");
+}
