@@ -11,11 +11,10 @@
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include "chartcore/platform/file.h"
+#include "platform/temp_folder.h"
 
 // ---------------------------------------------------------------------------
 // Allocation probe: counts operator new calls and the largest request while
@@ -590,20 +589,18 @@ TEST(ArchiveModes, BufferingFlushAndDestructor) {
 }
 
 TEST(ArchiveModes, RoundTripThroughRealFileWithTinyBuffer) {
-  char dirTemplate[] = "/tmp/chartcore_archXXXXXX";
-  ASSERT_NE(mkdtemp(dirTemplate), nullptr);
-  const std::wstring dir(dirTemplate, dirTemplate + std::strlen(dirTemplate));
-  const std::wstring path = dir + L"\\rec.dat";  // the library's separator
+  chartcore_test::TempFolder dir;
+  const CString path = dir.Path(L"rec.dat");  // "<folder>\rec.dat": the library's separator
   std::wstring supplementary = L"a";
   if (sizeof(wchar_t) == 4) supplementary += static_cast<wchar_t>(0x20000);
   {
-    CFile out(path.c_str(), CFile::modeCreate | CFile::modeWrite);
+    CFile out(path, CFile::modeCreate | CFile::modeWrite);
     CArchive ar(&out, CArchive::store, 64);
     for (int i = 0; i < 200; ++i) ar << i << CString(supplementary.c_str()) << (i * 0.5);
     ar.Close();
     out.Close();
   }
-  CFile in(path.c_str(), CFile::modeRead);
+  CFile in(path, CFile::modeRead);
   CArchive ar(&in, CArchive::load, 64);
   for (int i = 0; i < 200; ++i) {
     int n = -1;
@@ -617,6 +614,6 @@ TEST(ArchiveModes, RoundTripThroughRealFileWithTinyBuffer) {
   int extra = 0;
   EXPECT_EQ(CauseOf([&] { ar >> extra; }), CArchiveException::endOfFile);
   in.Close();
-  CFile::Remove(path.c_str());
-  rmdir(dirTemplate);
+  CFile::Remove(path);
+  EXPECT_TRUE(dir.Names().empty());
 }

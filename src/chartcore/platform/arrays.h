@@ -16,7 +16,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <limits>
 #include <memory>
 #include <new>
@@ -272,15 +271,12 @@ class CArray {
   // If a copy throws, what was built in `fresh` is destroyed and this array
   // is unchanged; the caller frees `fresh`.
   void RelocateInto(TYPE* fresh) {
-    INT_PTR done = 0;
-    try {
-      for (; done < m_nSize; ++done)
-        ::new (static_cast<void*>(fresh + done)) TYPE(std::move_if_noexcept(m_pData[done]));
-    } catch (...) {
-      for (INT_PTR i = 0; i < done; ++i) fresh[i].~TYPE();
-      throw;
+    if constexpr (std::is_nothrow_move_constructible<TYPE>::value || !std::is_copy_constructible<TYPE>::value) {
+      std::uninitialized_move(m_pData, m_pData + m_nSize, fresh);
+    } else {
+      std::uninitialized_copy(m_pData, m_pData + m_nSize, fresh);
     }
-    for (INT_PTR i = 0; i < m_nSize; ++i) m_pData[i].~TYPE();
+    std::destroy(m_pData, m_pData + m_nSize);
   }
 
   // Grows to hold index `nIndex`, constructing `value` there before the old

@@ -1,0 +1,425 @@
+// The file classes on real files in a temporary folder (paths written with
+// the library's `\`), the memory file, text lines, folder listing with
+// wildcards, and the atomic save under injected failures.
+#include "chartcore/platform/file.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "chartcore/platform/archive.h"
+#include "chartcore/platform/filesystem.h"
+#include "platform/temp_folder.h"
+
+namespace {
+
+using chartcore::internal::FileOperation;
+using chartcore_test::ReadAll;
+using chartcore_test::TempFolder;
+using chartcore_test::WriteAll;
+
+int FileCause(const std::function<void()>& f) {
+  try {
+    f();
+  } catch (const CFileException& e) {
+    return e.m_cause;
+  }
+  return -1;
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------
+// CFile
+// ---------------------------------------------------------------------------
+
+TEST(CFileOnDisk, OpenFailuresAreResults) {
+  TempFolder dir;
+  CFile file;
+  CFileException error;
+  EXPECT_FALSE(file.Open(dir.Path(L"missing.dat"), CFile::modeRead, &error));
+  EXPECT_EQ(error.m_cause, CFileException::fileNotFound);
+  EXPECT_EQ(error.m_lOsError, ENOENT);
+  EXPECT_EQ(error.m_strFileName, std::wstring(dir.Path(L"missing.dat").GetString()));
+  EXPECT_FALSE(file.Open(dir.Path(L"no\\such\\x.dat"), CFile::modeCreate | CFile::modeWrite, &error));
+  EXPECT_EQ(error.m_cause, CFileException::fileNotFound);
+  EXPECT_FALSE(file.Open(L"", CFile::modeRead, &error));
+  EXPECT_FALSE(file.Open(dir.Path(L""), CFile::modeRead, &error));  // a folder is not a file
+  EXPECT_EQ(error.m_cause, CFileException::accessDenied);
+  EXPECT_FALSE(file.Open(dir.Path(L"x"), 3, &error));  // no such access mode
+  EXPECT_FALSE(file.IsOpen());
+  EXPECT_THROW(CFile(dir.Path(L"missing.dat"), CFile::modeRead), CFileException);
+  EXPECT_EQ(FileCause([&] { file.Write("x", 1); }), CFileException::invalidFile);  // not open
+}
+
+TEST(CFileOnDisk, ReadWriteSeekLengthAndNames) {
+  TempFolder dir;
+  const CString path = dir.Path(L"data.file.dat");
+  CFile file;
+  ASSERT_TRUE(file.Open(path, CFile::modeCreate | CFile::modeReadWrite | CFile::shareDenyNone));
+  file.Write("0123456789", 10);
+  EXPECT_EQ(file.GetLength(), 10u);
+  EXPECT_EQ(file.GetPosition(), 10u);
+  EXPECT_EQ(file.Seek(-4, CFile::end), 6u);
+  char buf[16] = {};
+  EXPECT_EQ(file.Read(buf, 16), 4u);  // fewer at the end
+  EXPECT_STREQ(buf, "6789");
+  EXPECT_EQ(file.Read(buf, 16), 0u);
+  EXPECT_EQ(file.Seek(2, CFile::begin), 2u);
+  EXPECT_EQ(file.Seek(3, CFile::current), 5u);
+  EXPECT_EQ(FileCause([&] { file.Seek(-6, CFile::current); }), CFileException::badSeek);
+  file.SeekToBegin();
+  EXPECT_EQ(file.GetPosition(), 0u);
+  EXPECT_EQ(file.SeekToEnd(), 10u);
+  file.SetLength(4);
+  EXPECT_EQ(file.GetLength(), 4u);
+  file.SetLength(6);  // extends with zeros
+  file.Flush();
+  EXPECT_EQ(file.GetFilePath(), path);
+  EXPECT_TRUE(file.GetFileName() == L"data.file.dat");
+  EXPECT_TRUE(file.GetFileTitle() == L"data.file");
+  file.Close();
+  file.Close();  // closing twice is harmless
+  EXPECT_EQ(ReadAll(dir.Native("data.file.dat")), std::string("0123\0\0", 6));
+
+  // modeNoTruncate keeps the contents; modeCreate alone empties the file.
+  ASSERT_TRUE(file.Open(path, CFile::modeCreate | CFile::modeNoTruncate | CFile::modeWrite));
+  EXPECT_EQ(file.GetLength(), 6u);
+  file.Close();
+  ASSERT_TRUE(file.Open(path, CFile::modeCreate | CFile::modeWrite));
+  EXPECT_EQ(file.GetLength(), 0u);
+  // Writing to a file opened for reading throws.
+  ASSERT_TRUE(file.Open(path, CFile::modeRead));
+  EXPECT_EQ(FileCause([&] { file.Write("x", 1); }), CFileException::invalidFile);
+
+  EXPECT_TRUE(chartcore::ToNativePath(L"/home/u/ws\\Logic\\") == L"/home/u/ws/Logic/");
+}
+
+TEST(CFileOnDisk, InjectedFailuresThrowWithCauses) {
+  TempFolder dir;
+  chartcore::internal::ResetFileFaultInjector();
+  CFile file(dir.Path(L"f.dat"), CFile::modeCreate | CFile::modeWrite);
+  chartcore::internal::SetFileFaultInjector(FileOperation::kWrite, 2, ENOSPC);
+  file.Write("a", 1);
+  try {
+    file.Write("b", 1);
+    FAIL() << "the second write must fail";
+  } catch (const CFileException& e) {
+    EXPECT_EQ(e.m_cause, CFileException::diskFull);
+    EXPECT_EQ(e.m_lOsError, ENOSPC);
+  }
+  file.Write("c", 1);  // only the armed one fails
+  EXPECT_EQ(chartcore::internal::GetFileOperationCount(FileOperation::kWrite), 3);
+  chartcore::internal::SetFileFaultInjector(FileOperation::kClose, 1, EIO);
+  EXPECT_EQ(FileCause([&] { file.Close(); }), CFileException::hardIO);
+  EXPECT_FALSE(file.IsOpen());  // released anyway
+  chartcore::internal::ResetFileFaultInjector();
+  EXPECT_EQ(ReadAll(dir.Native("f.dat")), "ac");
+}
+
+// ---------------------------------------------------------------------------
+// CMemFile
+// ---------------------------------------------------------------------------
+
+TEST(CMemFileBehaviour, GrowsSeeksAndDetaches) {
+  CMemFile mem(16);
+  for (int i = 0; i < 1000; ++i) mem.Write(&i, sizeof(i));
+  EXPECT_EQ(mem.GetLength(), 4000u);
+  mem.Seek(4 * 999, CFile::begin);
+  int last = 0;
+  EXPECT_EQ(mem.Read(&last, 4), 4u);
+  EXPECT_EQ(last, 999);
+  EXPECT_EQ(mem.Read(&last, 4), 0u);
+  EXPECT_EQ(FileCause([&] { mem.Seek(-1, CFile::begin); }), CFileException::badSeek);
+  mem.Seek(4010, CFile::begin);  // past the end: the gap reads as zeros
+  mem.Write("z", 1);
+  EXPECT_EQ(mem.GetLength(), 4011u);
+  EXPECT_EQ(mem.GetData()[4005], 0);
+  mem.SetLength(2);
+  EXPECT_EQ(mem.GetPosition(), 2u);
+  const ULONGLONG length = mem.GetLength();
+  BYTE* block = mem.Detach();
+  ASSERT_NE(block, nullptr);
+  EXPECT_EQ(length, 2u);
+  EXPECT_EQ(block[0], 0);  // the bytes of int 0
+  std::free(block);
+  EXPECT_EQ(mem.GetLength(), 0u);
+  mem.Write("ok", 2);  // usable again after Detach
+  EXPECT_EQ(mem.GetLength(), 2u);
+}
+
+TEST(CMemFileBehaviour, AttachedBlocksFixedAndGrowable) {
+  BYTE fixed[4] = {1, 2, 3, 4};
+  CMemFile view(fixed, 4);  // grow step 0: the block's bytes are the file
+  EXPECT_EQ(view.GetLength(), 4u);
+  BYTE got[4] = {};
+  EXPECT_EQ(view.Read(got, 4), 4u);
+  EXPECT_EQ(got[3], 4);
+  view.SeekToBegin();
+  view.Write("\x09", 1);
+  EXPECT_EQ(fixed[0], 9);  // written in place
+  view.SeekToEnd();
+  EXPECT_EQ(FileCause([&] { view.Write("x", 1); }), CFileException::diskFull);
+  EXPECT_EQ(view.Detach(), fixed);
+
+  BYTE start[4] = {0, 0, 0, 0};
+  CMemFile growing;
+  growing.Attach(start, 4, 8);  // starts empty, fills the block, then moves out
+  EXPECT_EQ(growing.GetLength(), 0u);
+  growing.Write("abcd", 4);
+  EXPECT_EQ(growing.GetData(), start);
+  growing.Write("efgh", 4);
+  EXPECT_NE(growing.GetData(), start);
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(growing.GetData()), 8), "abcdefgh");
+  EXPECT_EQ(std::memcmp(start, "abcd", 4), 0);  // the caller's block is left as it was
+  BYTE* owned = growing.Detach();
+  std::free(owned);  // a block the file allocated is the caller's to free
+  EXPECT_FALSE(growing.Open(L"x", CFile::modeRead));
+}
+
+// ---------------------------------------------------------------------------
+// CStdioFile
+// ---------------------------------------------------------------------------
+
+TEST(CStdioFileText, LinesInUtf8WithBomAndLineEnds) {
+  TempFolder dir;
+  {
+    CStdioFile out(dir.Path(L"log.txt"), CFile::modeCreate | CFile::modeWrite | CFile::typeText);
+    out.WriteString(L"\xD55C\xAD6D\n");  // "한국"
+    out.WriteString(L"second\nthird");
+    out.Close();
+  }
+  EXPECT_EQ(ReadAll(dir.Native("log.txt")), "\xED\x95\x9C\xEA\xB5\xAD\nsecond\nthird");
+
+  WriteAll(dir.Native("in.txt"), "\xEF\xBB\xBF" "first\r\n\r\nbad\xFF\nlast");
+  CStdioFile in;
+  ASSERT_TRUE(in.Open(dir.Path(L"in.txt"), CFile::modeRead));
+  CString line;
+  ASSERT_TRUE(in.ReadString(line));
+  EXPECT_TRUE(line == L"first");  // the mark is skipped, "\r\n" dropped
+  ASSERT_TRUE(in.ReadString(line));
+  EXPECT_TRUE(line.IsEmpty());  // an empty line is still a line
+  ASSERT_TRUE(in.ReadString(line));
+  EXPECT_TRUE(line == L"bad\xFFFD");  // an invalid byte becomes U+FFFD
+  ASSERT_TRUE(in.ReadString(line));
+  EXPECT_TRUE(line == L"last");  // no line end at the end of the file
+  EXPECT_FALSE(in.ReadString(line));
+  EXPECT_TRUE(line.IsEmpty());
+
+  // Reading again from the start skips the mark again; binary mode keeps "\r".
+  in.SeekToBegin();
+  wchar_t buf[4];
+  EXPECT_EQ(in.ReadString(buf, 4), buf);
+  EXPECT_STREQ(buf, L"fir");
+  EXPECT_EQ(in.ReadString(buf, 4), buf);
+  EXPECT_STREQ(buf, L"st\n");  // the "\n" is kept when it fits
+  in.Close();
+  CStdioFile binary(dir.Path(L"in.txt"), CFile::modeRead | CFile::typeBinary);
+  ASSERT_TRUE(binary.ReadString(line));
+  EXPECT_TRUE(line == L"first\r");
+  EXPECT_EQ(binary.GetLength(), 21u);
+}
+
+TEST(CStdioFileText, WriteFailuresSurfaceAtFlushOrClose) {
+  TempFolder dir;
+  chartcore::internal::ResetFileFaultInjector();
+  CStdioFile out(dir.Path(L"t.txt"), CFile::modeCreate | CFile::modeWrite);
+  out.WriteString(L"kept");
+  chartcore::internal::SetFileFaultInjector(FileOperation::kFlush, 1, ENOSPC);
+  EXPECT_EQ(FileCause([&] { out.Flush(); }), CFileException::diskFull);
+  chartcore::internal::SetFileFaultInjector(FileOperation::kWrite, 1, EIO);
+  EXPECT_EQ(FileCause([&] { out.WriteString(L"lost"); }), CFileException::hardIO);
+  out.Close();
+  chartcore::internal::ResetFileFaultInjector();
+  EXPECT_EQ(ReadAll(dir.Native("t.txt")), "kept");
+}
+
+// ---------------------------------------------------------------------------
+// CFileFind
+// ---------------------------------------------------------------------------
+
+TEST(CFileFindListing, WildcardsOrderAndAttributes) {
+  TempFolder dir;
+  WriteAll(dir.Native("b.DAT"), "12345");
+  WriteAll(dir.Native("a.dat"), "1");
+  WriteAll(dir.Native("c.txt"), "");
+  WriteAll(dir.Native("noext"), "");
+  WriteAll(dir.Native(".hidden"), "");
+  mkdir(dir.Native("Sub").c_str(), 0777);
+  chmod(dir.Native("a.dat").c_str(), 0444);
+
+  CFileFind finder;
+  ASSERT_TRUE(finder.FindFile(dir.Path(L"*.dat")));
+  EXPECT_TRUE(finder.GetFileName().IsEmpty());  // nothing current before FindNextFile
+  EXPECT_TRUE(finder.FindNextFile());           // more to come
+  EXPECT_TRUE(finder.GetFileName() == L"a.dat");
+  EXPECT_TRUE(finder.IsReadOnly());
+  EXPECT_EQ(finder.GetLength(), 1u);
+  EXPECT_TRUE(finder.GetFilePath() == dir.Path(L"a.dat"));  // the pattern's `\` kept
+  EXPECT_TRUE(finder.GetFileTitle() == L"a");
+  EXPECT_FALSE(finder.FindNextFile());  // FALSE: this one is the last
+  EXPECT_TRUE(finder.GetFileName() == L"b.DAT");  // letters match regardless of case
+  EXPECT_EQ(finder.GetLength(), 5u);
+  EXPECT_FALSE(finder.IsReadOnly());
+  EXPECT_FALSE(finder.FindNextFile());
+  EXPECT_TRUE(finder.GetFileName() == L"b.DAT");
+
+  std::vector<CString> all;
+  BOOL more = finder.FindFile(dir.Path(L"*.*"));
+  int dots = 0, folders = 0;
+  while (more) {
+    more = finder.FindNextFile();
+    all.push_back(finder.GetFileName());
+    if (finder.IsDots()) ++dots;
+    if (finder.IsDirectory() && !finder.IsDots()) ++folders;
+    if (finder.GetFileName() == L".hidden") {
+      EXPECT_TRUE(finder.IsHidden());
+    }
+  }
+  EXPECT_EQ(all.size(), 8u);  // ".", "..", five files and Sub: "*.*" matches names without a dot
+  EXPECT_EQ(dots, 2);
+  EXPECT_EQ(folders, 1);
+  EXPECT_TRUE(finder.GetRoot() == dir.Path(L"").Left(dir.Path(L"").GetLength() - 1));
+
+  EXPECT_TRUE(finder.FindFile(dir.Path(L"*.")));  // names without an extension
+  finder.FindNextFile();
+  EXPECT_TRUE(finder.GetFileName() == L"noext" || finder.GetFileName() == L"Sub");
+  EXPECT_FALSE(finder.FindFile(dir.Path(L"*.none")));
+  EXPECT_FALSE(finder.FindFile(dir.Path(L"Missing\\*.*")));
+  EXPECT_FALSE(finder.FindNextFile());
+  finder.Close();
+  EXPECT_FALSE(finder.IsDirectory());
+  chmod(dir.Native("a.dat").c_str(), 0644);
+}
+
+TEST(CFileFindListing, MaskRulesAsWindowsAppliesThem) {
+  struct Case {
+    const wchar_t* name;
+    const wchar_t* mask;
+    bool match;
+  };
+  const Case cases[] = {
+      {L"a.dat", L"*.DAT", true},     {L"a.data", L"*.dat", false},  {L"noext", L"*.*", true},
+      {L".hidden", L"*.*", true},     {L"noext", L"*", true},        {L"noext", L"*.", true},
+      {L"x.dat", L"*.", false},       {L"abc", L"abc.*", true},      {L"abc.d", L"abc.*", true},
+      {L"ab", L"ab?", true},          {L"ac", L"a?c", false},        {L"abc", L"a?c", true},
+      {L"a.txt", L"a?.txt", true},    {L"ab.txt", L"a?.txt", true},  {L"a.b", L"a?b", false},
+      {L"abcd", L"abc", false},       {L"\xD55C.dat", L"?.dat", true}, {L"x", L"", false},
+      {L"a.b.c", L"*.c", true},       {L"abc", L"abc.???", true},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(chartcore::MatchFileMask(c.name, c.mask) != 0, c.match) << c.name << L" vs " << c.mask;
+  }
+  // Many stars against a long name stay quick (the matcher remembers).
+  const std::wstring longName(200, L'a');
+  EXPECT_FALSE(chartcore::MatchFileMask(longName.c_str(), L"*a*a*a*a*a*a*a*a*a*a*a*b"));
+}
+
+// ---------------------------------------------------------------------------
+// WriteFileAtomic
+// ---------------------------------------------------------------------------
+
+TEST(WriteFileAtomicSave, ReplacesWholeAndKeepsPermissions) {
+  TempFolder dir;
+  const CString path = dir.Path(L"rec.dat");
+  WriteAll(dir.Native("rec.dat"), "old contents");
+  chmod(dir.Native("rec.dat").c_str(), 0640);
+  CFileException error;
+  ASSERT_TRUE(chartcore::WriteFileAtomic(
+      path,
+      [](CFile& f) {
+        CArchive ar(&f, CArchive::store);
+        ar << CString(L"new");
+        ar.Close();
+      },
+      &error));
+  EXPECT_EQ(ReadAll(dir.Native("rec.dat")), std::string("\xFF\xFE\xFF\x03n\0e\0w\0", 10));
+  struct stat st;
+  ASSERT_EQ(stat(dir.Native("rec.dat").c_str(), &st), 0);
+  EXPECT_EQ(st.st_mode & 0777, 0640u);
+  EXPECT_EQ(dir.Names().size(), 1u);  // no temporary file left
+
+  // A new file in a folder that does not exist: FALSE, nothing created.
+  EXPECT_FALSE(chartcore::WriteFileAtomic(dir.Path(L"no\\x.dat"), [](CFile&) {}, &error));
+  EXPECT_EQ(error.m_cause, CFileException::fileNotFound);
+
+  // A read-only target is refused and left alone.
+  chmod(dir.Native("rec.dat").c_str(), 0444);
+  EXPECT_FALSE(chartcore::WriteFileAtomic(path, [](CFile& f) { f.Write("x", 1); }, &error));
+  EXPECT_EQ(error.m_cause, CFileException::accessDenied);
+  EXPECT_EQ(ReadAll(dir.Native("rec.dat")).size(), 10u);
+  chmod(dir.Native("rec.dat").c_str(), 0644);
+}
+
+TEST(WriteFileAtomicSave, OldFileSurvivesEveryFailure) {
+  TempFolder dir;
+  const CString path = dir.Path(L"keep.dat");
+  const std::string original = "original bytes";
+  WriteAll(dir.Native("keep.dat"), original);
+  const auto writer = [](CFile& f) {
+    CArchive ar(&f, CArchive::store, 64);
+    for (int i = 0; i < 100; ++i) ar << i;  // several buffer flushes
+    ar.Close();
+  };
+  struct Step {
+    FileOperation op;
+    int nth;
+    long osError;
+    int cause;
+  };
+  const Step steps[] = {
+      {FileOperation::kWrite, 1, ENOSPC, CFileException::diskFull},
+      {FileOperation::kWrite, 3, EIO, CFileException::hardIO},
+      {FileOperation::kFlush, 1, EIO, CFileException::hardIO},
+      {FileOperation::kClose, 1, ENOSPC, CFileException::diskFull},
+      {FileOperation::kRename, 1, EACCES, CFileException::accessDenied},
+  };
+  for (const Step& s : steps) {
+    chartcore::internal::ResetFileFaultInjector();
+    chartcore::internal::SetFileFaultInjector(s.op, s.nth, s.osError);
+    CFileException error;
+    EXPECT_FALSE(chartcore::WriteFileAtomic(path, writer, &error)) << static_cast<int>(s.op);
+    EXPECT_EQ(error.m_cause, s.cause);
+    EXPECT_EQ(error.m_lOsError, s.osError);
+    EXPECT_EQ(ReadAll(dir.Native("keep.dat")), original);
+    EXPECT_EQ(dir.Names().size(), 1u);
+  }
+  chartcore::internal::ResetFileFaultInjector();
+
+  // A failing last write left to the archive's destructor is still noticed.
+  chartcore::internal::SetFileFaultInjector(FileOperation::kWrite, 1, ENOSPC);
+  EXPECT_FALSE(chartcore::WriteFileAtomic(path, [](CFile& f) {
+    CArchive ar(&f, CArchive::store);
+    ar << 1;
+  }));
+  chartcore::internal::ResetFileFaultInjector();
+  EXPECT_EQ(ReadAll(dir.Native("keep.dat")), original);
+
+  // The writer's own exceptions: file failures are results, others rethrown.
+  CFileException error;
+  EXPECT_FALSE(chartcore::WriteFileAtomic(
+      path, [](CFile&) { AfxThrowFileException(CFileException::badPath, ENOTDIR); }, &error));
+  EXPECT_EQ(error.m_cause, CFileException::badPath);
+  try {
+    chartcore::WriteFileAtomic(path, [](CFile& f) {
+      f.Write("partial", 7);
+      AfxThrowArchiveException(CArchiveException::badIndex);
+    });
+    FAIL() << "an archive exception passes through";
+  } catch (const CArchiveException& e) {
+    EXPECT_EQ(e.m_cause, CArchiveException::badIndex);
+  }
+  EXPECT_THROW(chartcore::WriteFileAtomic(path, [](CFile&) { throw std::runtime_error("x"); }), std::runtime_error);
+  EXPECT_EQ(ReadAll(dir.Native("keep.dat")), original);
+  EXPECT_EQ(dir.Names().size(), 1u);
+}
