@@ -588,14 +588,20 @@ void CScriptEdit::ShowTipForCall() {
 void CScriptEdit::UpdateTipParam() {
   const CPoint cursor = GetCursorPos();
   const CString line = GetLineText(cursor.y);
-  const int open = FindOpenCall(line, cursor.x);
-  int nameStart = open + 1;
-  if (open < 0 || GetPrevWord2(line, nameStart) != m_strTipName) {
-    HideTip();
-    return;
+  // The tip belongs to the nearest open call of its function; calls nested
+  // inside it (say "MA(C, sum(V" ) do not close it.
+  for (int end = cursor.x;;) {
+    const int open = FindOpenCall(line, end);
+    if (open < 0) break;
+    int nameStart = open + 1;
+    if (GetPrevWord2(line, nameStart) == m_strTipName) {
+      const int current = CountTopLevelCommas(line, open + 1, cursor.x);
+      if (current != m_wndIntelliTip.GetCurParam()) m_wndIntelliTip.SetCurParam(current);
+      return;
+    }
+    end = open;
   }
-  const int current = CountTopLevelCommas(line, open + 1, cursor.x);
-  if (current != m_wndIntelliTip.GetCurParam()) m_wndIntelliTip.SetCurParam(current);
+  HideTip();
 }
 
 CString CScriptEdit::GetPickInsertText(const CString& strItem) {
