@@ -43,3 +43,34 @@ TEST(Umbrella, LogicAndPropertyNamesAreExported) {
   CProperty_VOLUME vol;
   EXPECT_EQ(vol.GetName(), L"\uAC70\uB798\uB7C9");
 }
+
+TEST(Umbrella, EditorWindowNamesAreExported) {
+  CCrystalTextBuffer buf;
+  buf.InitNew();
+  CCrystalEditWnd edit;
+  ASSERT_TRUE(edit.Create(nullptr, L"", WS_POPUP, CRect(0, 0, 160, 64), nullptr, 1));
+  edit.AttachToBuffer(&buf);
+  edit.OnChar(L'(', 1, 0);
+  edit.OnChar(VK_LEFT, 1, CCrystalEditWnd::CHARFLAG_VIRTKEY);
+  EXPECT_EQ(buf.GetLineText(0), L"(");
+  EXPECT_EQ(edit.GetCursorPos(), CPoint(0, 0));
+  EXPECT_TRUE(edit.Undo());
+  EXPECT_EQ(buf.GetLineLength(0), 0);
+  edit.SetTimer(1, 3000);
+  EXPECT_TRUE(chartcore::GetHeadlessPortFactory().IsTimerRunning(&edit, 1));
+  EXPECT_EQ(chartcore::GetHeadlessPortFactory().AdvanceClock(3000), 1);
+  edit.DestroyWindow();
+  EXPECT_EQ(chartcore::GetHeadlessPort(&edit), nullptr);
+}
+
+TEST(Umbrella, FoundationDateFormatMarketNamesAreExported) {
+  EXPECT_EQ(GetYear(20240115093000.0), 2024);
+  EXPECT_EQ(GetCompMinute(20240115093059.0), 930);
+  EXPECT_EQ(GetNextYearMonthDay(20241231), 20250101);
+  EXPECT_THROW(GetNextCycleTime(235500, 0, 10), CAtlException);
+  EXPECT_EQ(GetYPacketStringOfFormat(1234.5, 1, 1), L"1,234.5");
+  EXPECT_EQ(GetXPacketTimeString(20240115093000.0, 0), L"09:30:00");
+  EXPECT_EQ(GetPriceValueOfFormat(L"101`16", 75), 101.5);
+  EXPECT_EQ(IsNightMarket(14, 1, 0), 1);
+  EXPECT_EQ(GetMarketCateInfo(1089), L"-[AMEX]");
+}
