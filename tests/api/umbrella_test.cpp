@@ -62,15 +62,3 @@ TEST(Umbrella, EditorWindowNamesAreExported) {
   edit.DestroyWindow();
   EXPECT_EQ(chartcore::GetHeadlessPort(&edit), nullptr);
 }
-
-TEST(Umbrella, FoundationDateFormatMarketNamesAreExported) {
-  EXPECT_EQ(GetYear(20240115093000.0), 2024);
-  EXPECT_EQ(GetCompMinute(20240115093059.0), 930);
-  EXPECT_EQ(GetNextYearMonthDay(20241231), 20250101);
-  EXPECT_THROW(GetNextCycleTime(235500, 0, 10), CAtlException);
-  EXPECT_EQ(GetYPacketStringOfFormat(1234.5, 1, 1), L"1,234.5");
-  EXPECT_EQ(GetXPacketTimeString(20240115093000.0, 0), L"09:30:00");
-  EXPECT_EQ(GetPriceValueOfFormat(L"101`16", 75), 101.5);
-  EXPECT_EQ(IsNightMarket(14, 1, 0), 1);
-  EXPECT_EQ(GetMarketCateInfo(1089), L"-[AMEX]");
-}
