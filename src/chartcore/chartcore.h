@@ -14,6 +14,11 @@
 #include "chartcore/platform/exceptions.h"
 #include "chartcore/platform/chartype.h"
 #include "chartcore/platform/cstring.h"
+#include "chartcore/platform/format.h"
+#include "chartcore/platform/text_codec.h"
+#include "chartcore/platform/profile.h"
+#include "chartcore/platform/oledate.h"
+#include "chartcore/platform/system.h"
 #include "chartcore/platform/window.h"
 
 // --- packets ---

@@ -62,3 +62,19 @@ TEST(Umbrella, EditorWindowNamesAreExported) {
   edit.DestroyWindow();
   EXPECT_EQ(chartcore::GetHeadlessPort(&edit), nullptr);
 }
+
+TEST(Umbrella, PlatformTextNamesAreExported) {
+  CString s;
+  s.Format(L"%.f|%02s|%ld", 2.5, L"5", static_cast<LONG>(7));  // %ld is 32 bits
+  EXPECT_EQ(s, L"3|05|7");
+  wchar_t buf[8];
+  EXPECT_EQ(chartcore::FormatToBuffer(buf, 8, L"%.2f", 0.125), 4);
+  EXPECT_EQ(chartcore::Cp949ToWide("\xC7\xD1", 2), L"\xD55C");
+  EXPECT_EQ(chartcore::WideToUtf8(L"\xD55C"), "\xED\x95\x9C");
+  EXPECT_EQ(MulDiv(13, 72, 96), 10);
+  EXPECT_EQ(chartcore::GetScreenPixelsPerInchY(), 96);
+  SYSTEMTIME st = {};
+  EXPECT_TRUE(VariantTimeToSystemTime(2.5, &st));
+  EXPECT_EQ(st.wDay, 1);  // 1900-01-01 12:00
+  EXPECT_EQ(GetPrivateProfileIntW(L"S", L"K", 5, L"/nonexistent/x.ini"), 5u);
+}
