@@ -24,6 +24,9 @@
 // --- packets ---
 
 // --- foundation ---
+#include "chartcore/foundation/datetime.h"
+#include "chartcore/foundation/formatting.h"
+#include "chartcore/foundation/markets.h"
 
 // --- logic ---
 #include "chartcore/logic/definition_record.h"

@@ -78,3 +78,32 @@ TEST(Umbrella, PlatformTextNamesAreExported) {
   EXPECT_EQ(st.wDay, 1);  // 1900-01-01 12:00
   EXPECT_EQ(GetPrivateProfileIntW(L"S", L"K", 5, L"/nonexistent/x.ini"), 5u);
 }
+
+TEST(Umbrella, FoundationDateFormatMarketNamesAreExported) {
+  EXPECT_EQ(GetYear(20240115093000.0), 2024);
+  EXPECT_EQ(GetCompMinute(20240115093059.0), 930);
+  EXPECT_EQ(GetNextYearMonthDay(20241231), 20250101);
+  EXPECT_THROW(GetNextCycleTime(235500, 0, 10), CAtlException);
+  EXPECT_EQ(GetYPacketStringOfFormat(1234.5, 1, 1), L"1,234.5");
+  EXPECT_EQ(GetXPacketTimeString(20240115093000.0, 0), L"09:30:00");
+  EXPECT_EQ(GetPriceValueOfFormat(L"101`16", 75), 101.5);
+  EXPECT_EQ(IsNightMarket(14, 1, 0), 1);
+  EXPECT_EQ(GetMarketCateInfo(1089), L"-[AMEX]");
+}
+
+TEST(Umbrella, PacketClassesAreExported) {
+  CPacket close;
+  for (double c : {101.0, 102.5, 101.75}) close.Add(c);
+  double hi = 0, lo = 0;
+  EXPECT_EQ(close.GetMaxMinValue(0, 2, hi, lo, 1), 1.5);
+  EXPECT_EQ((close + 1.0).GetValue(2), 102.75);
+  EXPECT_EQ(close.GetValue(3), chartcore::kPacketEmptyValue);
+  CPacketMemory bars;
+  bars.SetPacketStructType(PST_OHLCV);
+  tagPacketCoreData bar;
+  bar.m_dDate = 20240102;
+  bar.m_dClose = 104;
+  EXPECT_EQ(bars.AddBasic(bar), 1);
+  EXPECT_EQ(bars.GetLastBasic().m_dClose, 104);
+  EXPECT_EQ(bars.GetPacketIndex(PDT_DATE, 20240101, 1), 0);
+}
