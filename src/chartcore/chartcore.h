@@ -44,5 +44,8 @@
 // --- script_editor ---
 #include "chartcore/script_editor/text_buffer.h"
 #include "chartcore/script_editor/text_view.h"
+#include "chartcore/script_editor/completion_tip.h"
+#include "chartcore/script_editor/function_list.h"
+#include "chartcore/script_editor/script_edit.h"
 
 #endif  // CHARTCORE_CHARTCORE_H_

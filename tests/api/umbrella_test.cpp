@@ -3,6 +3,7 @@
 #include "chartcore/chartcore.h"
 
 #include <cstring>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -89,4 +90,27 @@ TEST(Umbrella, FoundationDateFormatMarketNamesAreExported) {
   EXPECT_EQ(GetPriceValueOfFormat(L"101`16", 75), 101.5);
   EXPECT_EQ(IsNightMarket(14, 1, 0), 1);
   EXPECT_EQ(GetMarketCateInfo(1089), L"-[AMEX]");
+}
+
+TEST(Umbrella, ScriptEditorNamesAreExported) {
+  CScriptEdit edit;
+  edit.InitWindow();
+  edit.InitBasicFunctionList(L"/nonexistent-workspace", L"", L"", 2);
+  EXPECT_EQ(edit.GetIntelliList().GetItemCount(), 88);  // the built-in function words
+  edit.OnChar(L's', 1, 0);
+  edit.OnChar(L'u', 1, 0);
+  EXPECT_TRUE(edit.IsListShown());  // "su" begins "sum"
+  EXPECT_EQ(edit.GetIntelliList().GetSelectedText(), CString(L"sum"));
+  std::vector<CCrystalTextWnd::TEXTBLOCK> blocks;
+  edit.OnChar(L'm', 1, 0);
+  edit.GetLineBlocks(0, blocks);
+  ASSERT_EQ(blocks.size(), 2u);
+  EXPECT_EQ(blocks[1].m_nColorIndex, 12);  // a built-in function word
+  int pos = 0;
+  EXPECT_EQ(edit.GetNextWord(L"sum(", pos), CString(L"sum"));
+  CIntelliTip tip;
+  ASSERT_TRUE(tip.Create(&edit));
+  CStringArray none;
+  tip.SetFunction(L"A\nB", none);
+  EXPECT_EQ(tip.GetNumParams(), 2);
 }
