@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -59,22 +60,35 @@ namespace {
 
 using Bytes = std::vector<BYTE>;
 
+// A memory file the archive cannot use in place: it goes through the
+// archive's own buffer, refills and all (the path every disk file takes).
+class CArchTestBufferedFile : public CMemFile {
+  DECLARE_DYNAMIC(CArchTestBufferedFile)
+ public:
+  using CMemFile::CMemFile;
+};
+
+// Stores through a plain memory file (used in place) or, with a buffer size
+// other than the default, through the archive's own buffer of that size.
 template <class F>
 Bytes Store(F&& write, int bufSize = 4096) {
-  CMemFile file;
-  CArchive ar(&file, CArchive::store, bufSize);
+  std::unique_ptr<CMemFile> file(bufSize == 4096 ? new CMemFile : new CArchTestBufferedFile);
+  CArchive ar(file.get(), CArchive::store, bufSize);
   write(ar);
   ar.Close();
-  return Bytes(file.GetData(), file.GetData() + file.GetLength());
+  return Bytes(file->GetData(), file->GetData() + file->GetLength());
 }
 
-// A loading archive over a copy of the bytes (the memory file owns nothing).
+// A loading archive over a copy of the bytes (the memory file owns nothing);
+// a buffer size other than the default reads through the archive's buffer.
 struct Loader {
   explicit Loader(const Bytes& bytes, int bufSize = 4096)
-      : data(bytes), file(data.empty() ? nullptr : data.data(), static_cast<UINT>(data.size())),
-        ar(&file, CArchive::load, bufSize) {}
+      : data(bytes),
+        file(bufSize == 4096 ? new CMemFile : new CArchTestBufferedFile),
+        ar((file->Attach(data.empty() ? nullptr : data.data(), static_cast<UINT>(data.size())), file.get()),
+           CArchive::load, bufSize) {}
   Bytes data;
-  CMemFile file;
+  std::unique_ptr<CMemFile> file;
   CArchive ar;
 };
 
@@ -147,6 +161,7 @@ class CArchTestOther : public CObject {
 
 }  // namespace
 
+IMPLEMENT_DYNAMIC(CArchTestBufferedFile, CMemFile)
 IMPLEMENT_SERIAL(CArchTestNode, CObject, 1)
 IMPLEMENT_SERIAL(CArchTestDerived, CArchTestNode, VERSIONABLE_SCHEMA | 2)
 IMPLEMENT_SERIAL(CArchTestOther, CObject, 0)
@@ -241,10 +256,14 @@ TEST(ArchiveStrings, LengthPrefixAtEveryEscapeBoundary) {
       {65535, {0xFF, 0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x00, 0x00}},
       {70000, {0xFF, 0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0x70, 0x11, 0x01, 0x00}},  // 70000 = 0x11170
   };
+  // The small-buffer runs below take the archive's own buffer, not the
+  // in-place path of a plain memory file.
+  ASSERT_EQ(RUNTIME_CLASS(CArchTestBufferedFile)->GetBaseClass(), RUNTIME_CLASS(CMemFile));
   for (const Case& c : cases) {
     const CString text(L'a', static_cast<int>(c.length));
     const Bytes bytes = Store([&](CArchive& ar) { ar << text; });
     EXPECT_EQ(bytes, Concat({c.header, RepeatA16(c.length)})) << c.length;
+    EXPECT_EQ(Store([&](CArchive& ar) { ar << text; }, 64), bytes) << c.length;  // through a small buffer
     Loader in(bytes, 64);  // a small buffer: the text crosses many refills
     CString back(L"old");
     in.ar >> back;
@@ -268,10 +287,15 @@ TEST(ArchiveStrings, KoreanAndSupplementaryTextAsUtf16) {
   }
   const Bytes mBytes = Store([&](CArchive& ar) { ar << CString(mixed.c_str()); });
   EXPECT_EQ(mBytes, (Bytes{0xFF, 0xFE, 0xFF, 0x03, 'x', 0x00, 0x3D, 0xD8, 0x00, 0xDE}));
-  Loader in(mBytes);
+  for (int bufSize : {4096, 64}) {
+    Loader in(Concat({Repeat(0, 59), mBytes}), bufSize);  // the pair straddles the first refill
+    BYTE skip[59];
+    in.ar.Read(skip, 59);
+    CString back;
+    in.ar >> back;
+    EXPECT_EQ(back.str(), mixed);
+  }
   CString back;
-  in.ar >> back;
-  EXPECT_EQ(back.str(), mixed);
 
   // A lone high surrogate in the file survives as itself.
   Loader lone(Bytes{0xFF, 0xFE, 0xFF, 0x02, 0x3D, 0xD8, 'y', 0x00});
@@ -311,8 +335,8 @@ TEST(ArchiveStrings, CorruptLengthsEndInExceptionsWithoutHugeAllocations) {
   const Bytes wide = Concat({{0xFF, 0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x7F}, Repeat('q', 10)});
   // The same length as narrow bytes.
   const Bytes narrow = Concat({{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x7F}, Repeat('q', 10)});
-  for (const Bytes& bytes : {wide, narrow}) {
-    Loader in(bytes);
+  for (int k = 0; k < 4; ++k) {
+    Loader in(k % 2 == 0 ? wide : narrow, k < 2 ? 4096 : 64);  // in place, then through a small buffer
     CString target(L"untouched");
     AllocationProbe probe;
     EXPECT_EQ(CauseOf([&] { in.ar >> target; }), CArchiveException::endOfFile);

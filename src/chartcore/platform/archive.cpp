@@ -127,9 +127,29 @@ CArchive::CArchive(CFile* pFile, UINT nMode, int nBufSize, void* lpBuf)
       m_pStoreEnd(nullptr),
       m_pOwnedBuf(nullptr),
       m_nObjectSchema(0xFFFFFFFFu),
-      m_pMaps(nullptr) {
+      m_pMaps(nullptr),
+      m_pMemFile(nullptr) {
   if (pFile == nullptr) AfxThrowInvalidArgException();
   m_strFileName = pFile->GetFilePath();
+  if (pFile->GetRuntimeClass() == RUNTIME_CLASS(CMemFile)) {
+    // A plain memory file is used in place: its block is the buffer, so
+    // every value is copied once, not through a second buffer.
+    CMemFile* mem = static_cast<CMemFile*>(pFile);
+    if (IsLoading() || mem->m_nPosition <= mem->m_nFileSize) {
+      m_pMemFile = mem;
+      m_pBufStart = mem->m_lpBuffer;
+      m_pBufMax = m_pBufStart + mem->m_nBufferSize;
+      m_pCur = m_pBufStart + std::min(mem->m_nPosition, mem->m_nFileSize);
+      if (IsLoading()) {
+        m_pLoadEnd = m_pBufStart + mem->m_nFileSize;
+        m_pStoreEnd = m_pCur;
+      } else {
+        m_pLoadEnd = m_pCur;
+        m_pStoreEnd = m_pBufMax;
+      }
+      return;
+    }
+  }
   if (lpBuf != nullptr && nBufSize >= kMinBufferSize) {
     m_pBufStart = static_cast<BYTE*>(lpBuf);
   } else {
@@ -159,6 +179,8 @@ void CArchive::Flush() {
   if (m_pFile == nullptr) return;
   if (IsStoring()) {
     WriteBufferToFile();
+  } else if (m_pMemFile != nullptr) {
+    m_pMemFile->m_nPosition = static_cast<size_t>(m_pCur - m_pBufStart);
   } else if (m_pLoadEnd != m_pCur) {
     // Give the unread bytes back to the file, so its position is where
     // reading through the archive stopped.
@@ -197,18 +219,46 @@ void CArchive::CheckStoring() const {
 }
 
 void CArchive::WriteBufferToFile() {
+  if (m_pMemFile != nullptr) {
+    // The bytes are in the memory file's block already; make them its own.
+    const size_t end = static_cast<size_t>(m_pCur - m_pBufStart);
+    if (end > m_pMemFile->m_nFileSize) m_pMemFile->m_nFileSize = end;
+    m_pMemFile->m_nPosition = end;
+    return;
+  }
   if (m_pCur == m_pBufStart) return;
   m_pFile->Write(m_pBufStart, static_cast<UINT>(m_pCur - m_pBufStart));
   m_pCur = m_pBufStart;
 }
 
-void CArchive::MakeRoom(size_t) {
+void CArchive::MakeRoom(size_t nBytes) {
   CheckStoring();
   WriteBufferToFile();
+  if (m_pMemFile != nullptr) {
+    // Grow the memory file's block (geometrically) and keep writing in it.
+    const size_t end = static_cast<size_t>(m_pCur - m_pBufStart);
+    m_pMemFile->GrowFile(end + nBytes);
+    m_pBufStart = m_pMemFile->m_lpBuffer;
+    m_pBufMax = m_pBufStart + m_pMemFile->m_nBufferSize;
+    m_pCur = m_pBufStart + end;
+    m_pLoadEnd = m_pCur;
+    m_pStoreEnd = m_pBufMax;
+  }
 }
 
 bool CArchive::TryFillBuffer(size_t nBytes) {
   CheckLoading();
+  if (m_pMemFile != nullptr) {
+    // Everything the memory file holds is visible already; look again in
+    // case it was written to meanwhile.
+    const size_t pos = static_cast<size_t>(m_pCur - m_pBufStart);
+    m_pBufStart = m_pMemFile->m_lpBuffer;
+    m_pBufMax = m_pBufStart + m_pMemFile->m_nBufferSize;
+    m_pCur = m_pBufStart + std::min(pos, m_pMemFile->m_nFileSize);
+    m_pLoadEnd = m_pBufStart + m_pMemFile->m_nFileSize;
+    m_pStoreEnd = m_pCur;
+    return static_cast<size_t>(m_pLoadEnd - m_pCur) >= nBytes;
+  }
   const size_t kept = static_cast<size_t>(m_pLoadEnd - m_pCur);
   if (kept >= nBytes) return true;
   if (kept != 0 && m_pCur != m_pBufStart) std::memmove(m_pBufStart, m_pCur, kept);
@@ -237,7 +287,7 @@ UINT CArchive::Read(void* lpBuf, UINT nMax) {
   while (done < nMax) {
     if (m_pCur == m_pLoadEnd) {
       const UINT left = nMax - done;
-      if (left >= static_cast<UINT>(m_pBufMax - m_pBufStart)) {
+      if (m_pMemFile == nullptr && left >= static_cast<UINT>(m_pBufMax - m_pBufStart)) {
         // Large reads bypass the buffer.
         const UINT got = m_pFile->Read(out + done, left);
         if (got == 0) break;
@@ -257,7 +307,9 @@ UINT CArchive::Read(void* lpBuf, UINT nMax) {
 void CArchive::Write(const void* lpBuf, UINT nMax) {
   CheckStoring();
   const BYTE* in = static_cast<const BYTE*>(lpBuf);
-  if (static_cast<size_t>(m_pStoreEnd - m_pCur) < nMax) {
+  if (m_pStoreEnd - m_pCur < static_cast<std::ptrdiff_t>(nMax) && m_pMemFile != nullptr) {
+    MakeRoom(nMax);
+  } else if (m_pStoreEnd - m_pCur < static_cast<std::ptrdiff_t>(nMax)) {
     WriteBufferToFile();
     if (nMax >= static_cast<UINT>(m_pBufMax - m_pBufStart)) {
       m_pFile->Write(in, nMax);

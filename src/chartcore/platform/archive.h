@@ -28,6 +28,7 @@
 #include "chartcore/platform/types.h"
 
 class CFile;
+class CMemFile;
 
 #if !defined(_WIN32)
 typedef std::uintptr_t DWORD_PTR;
@@ -243,7 +244,8 @@ class CHARTCORE_API CArchive {
     return FromLittleEndian(v);
   }
 
-  // MakeRoom: writes the buffer out so nBytes fit (readOnly when loading).
+  // MakeRoom: writes the buffer out (or grows a memory file in place) so
+  // nBytes fit (readOnly when loading).
   void MakeRoom(size_t nBytes);
   // FillBuffer: reads from the file until nBytes are buffered (writeOnly
   // when storing, endOfFile when the file ends first). TryFillBuffer
@@ -271,6 +273,9 @@ class CHARTCORE_API CArchive {
   BYTE* m_pOwnedBuf;
   UINT m_nObjectSchema;
   ObjectMaps* m_pMaps;
+  // Set when the file is a plain CMemFile, whose block then serves as the
+  // buffer (no second copy of every byte).
+  CMemFile* m_pMemFile;
 };
 
 #endif  // CHARTCORE_PLATFORM_ARCHIVE_H_

@@ -235,6 +235,9 @@ class CHARTCORE_API CMemFile : public CFile {
   const BYTE* GetData() const { return m_lpBuffer; }
 
  private:
+  // The archive uses a plain memory file's block as its own buffer.
+  friend class CArchive;
+
   void GrowFile(size_t nNewCapacity);
   void FreeOwned();
 
