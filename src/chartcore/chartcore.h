@@ -22,6 +22,9 @@
 #include "chartcore/platform/window.h"
 
 // --- packets ---
+#include "chartcore/packets/packet_types.h"
+#include "chartcore/packets/packet.h"
+#include "chartcore/packets/packet_memory.h"
 
 // --- foundation ---
 #include "chartcore/foundation/datetime.h"

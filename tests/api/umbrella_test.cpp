@@ -114,3 +114,20 @@ TEST(Umbrella, ScriptEditorNamesAreExported) {
   tip.SetFunction(L"A\nB", none);
   EXPECT_EQ(tip.GetNumParams(), 2);
 }
+
+TEST(Umbrella, PacketClassesAreExported) {
+  CPacket close;
+  for (double c : {101.0, 102.5, 101.75}) close.Add(c);
+  double hi = 0, lo = 0;
+  EXPECT_EQ(close.GetMaxMinValue(0, 2, hi, lo, 1), 1.5);
+  EXPECT_EQ((close + 1.0).GetValue(2), 102.75);
+  EXPECT_EQ(close.GetValue(3), chartcore::kPacketEmptyValue);
+  CPacketMemory bars;
+  bars.SetPacketStructType(PST_OHLCV);
+  tagPacketCoreData bar;
+  bar.m_dDate = 20240102;
+  bar.m_dClose = 104;
+  EXPECT_EQ(bars.AddBasic(bar), 1);
+  EXPECT_EQ(bars.GetLastBasic().m_dClose, 104);
+  EXPECT_EQ(bars.GetPacketIndex(PDT_DATE, 20240101, 1), 0);
+}
