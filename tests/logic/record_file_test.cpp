@@ -8,7 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include "chartcore/logic/funct.h"
 #include "chartcore/logic/indica.h"
+#include "chartcore/logic/optimize.h"
+#include "chartcore/logic/pattern.h"
 #include "chartcore/logic/signal_region_fill.h"
 #include "logic/record_bytes.h"
 
@@ -163,4 +166,28 @@ TEST_F(RecordFileTest, ObjectFilesTellTheirKind) {
   // A plain record file is not an object stream.
   ASSERT_TRUE(chartcore::SaveRecordFile(PathOf("plain.fil").c_str(), fill));
   EXPECT_THROW(chartcore::LoadRecordObjectFile(PathOf("plain.fil").c_str()), CArchiveException);
+}
+
+TEST(RecordFileSeeds, FuzzSeedsAreValidRecordFiles) {
+  // The fuzzer starts from these; each must stay a whole file of its kind.
+  const std::wstring dir = fs::path(CHARTCORE_SOURCE_DIR "/fuzz/corpus/records").wstring() + L"/";
+  CDBSubFUNCT fn;
+  EXPECT_TRUE(chartcore::LoadRecordFile((dir + L"funct.fct").c_str(), fn));
+  EXPECT_EQ(fn.m_strText3, L"Value = (H + L) / 2;");
+  CDBSubINDICA ind;
+  EXPECT_TRUE(chartcore::LoadRecordFile((dir + L"indica.ind").c_str(), ind));
+  EXPECT_EQ(ind.m_arrElement.GetSize(), 1);
+  CDBSubSIGNAL sig;
+  EXPECT_TRUE(chartcore::LoadRecordFile((dir + L"signal.sig").c_str(), sig));
+  CDBSubFILL fill;
+  EXPECT_TRUE(chartcore::LoadRecordFile((dir + L"fill.fil").c_str(), fill));
+  CDBSubPATTERN pat;
+  EXPECT_TRUE(chartcore::LoadRecordFile((dir + L"pattern.pat").c_str(), pat));
+  EXPECT_EQ(pat.m_arrLine.GetSize(), 1);
+  CDBSubOPTIMIZE opt;
+  EXPECT_TRUE(chartcore::LoadRecordFile((dir + L"optimize.opt").c_str(), opt));
+  for (const wchar_t* name : {L"indica.obj", L"region.obj"}) {
+    std::unique_ptr<CDBSubBase> any = chartcore::LoadRecordObjectFile((dir + name).c_str());
+    EXPECT_NE(any, nullptr);
+  }
 }
