@@ -12,15 +12,16 @@
 
 namespace {
 
-// Splits text at "\r\n", "\n" and "\r" into pieces (at least one). The style
-// of the first line end found is stored in *firstStyle when given.
-std::vector<std::wstring> SplitLines(const wchar_t* text, size_t length, int* firstStyle) {
-  std::vector<std::wstring> pieces;
+// Calls fn(start, length) for each line of text split at "\r\n", "\n" and
+// "\r" (at least one line). The style of the first line end found is stored
+// in *firstStyle when given and still automatic.
+template <typename Fn>
+void ForEachLine(const wchar_t* text, size_t length, int* firstStyle, Fn fn) {
   size_t start = 0;
   for (size_t i = 0; i < length; ++i) {
     wchar_t ch = text[i];
     if (ch != L'\r' && ch != L'\n') continue;
-    pieces.emplace_back(text + start, i - start);
+    fn(text + start, i - start);
     int style = CRLF_STYLE_UNIX;
     if (ch == L'\r') {
       if (i + 1 < length && text[i + 1] == L'\n') {
@@ -33,7 +34,18 @@ std::vector<std::wstring> SplitLines(const wchar_t* text, size_t length, int* fi
     if (firstStyle != nullptr && *firstStyle == CRLF_STYLE_AUTOMATIC) *firstStyle = style;
     start = i + 1;
   }
-  pieces.emplace_back(text + start, length - start);
+  fn(text + start, length - start);
+}
+
+size_t CountLines(const wchar_t* text, size_t length) {
+  size_t count = 0;
+  ForEachLine(text, length, nullptr, [&](const wchar_t*, size_t) { ++count; });
+  return count;
+}
+
+std::vector<std::wstring> SplitLines(const wchar_t* text, size_t length) {
+  std::vector<std::wstring> pieces;
+  ForEachLine(text, length, nullptr, [&](const wchar_t* p, size_t n) { pieces.emplace_back(p, n); });
   return pieces;
 }
 
@@ -138,12 +150,7 @@ void CCrystalTextBuffer::FreeAll() {
 
 void CCrystalTextBuffer::SetText(LPCTSTR text) {
   std::vector<SLineInfo> lines;
-  if (text != nullptr) {
-    for (std::wstring& piece : SplitLines(text, std::wcslen(text), nullptr)) {
-      lines.emplace_back();
-      lines.back().m_text = std::move(piece);
-    }
-  }
+  if (text != nullptr) lines = MakeLines(text, std::wcslen(text), nullptr);
   int mode = m_nCRLFMode;
   int limit = m_nUndoBufSize;
   ResetDocument(std::move(lines));
@@ -268,13 +275,25 @@ int CCrystalTextBuffer::FindPrevBookmarkLine(int nCurrentLine) const {
 // ---------------------------------------------------------------------------
 // Editing
 // ---------------------------------------------------------------------------
+std::vector<CCrystalTextBuffer::SLineInfo> CCrystalTextBuffer::MakeLines(const wchar_t* text, size_t length,
+                                                                         int* firstStyle) {
+  // Counted first, so a million-line file fills one allocation.
+  std::vector<SLineInfo> lines;
+  lines.reserve(CountLines(text, length));
+  ForEachLine(text, length, firstStyle, [&](const wchar_t* p, size_t n) {
+    lines.emplace_back();
+    lines.back().m_text.assign(p, n);
+  });
+  return lines;
+}
+
 bool CCrystalTextBuffer::IsValidPos(int nLine, int nChar) const {
   return nLine >= 0 && nLine < GetLineCount() && nChar >= 0 && nChar <= GetLineLength(nLine);
 }
 
 BOOL CCrystalTextBuffer::InternalInsertText(CCrystalTextWnd* pSource, int nLine, int nPos, const wchar_t* text,
                                             size_t length, int& nEndLine, int& nEndChar) {
-  std::vector<std::wstring> pieces = SplitLines(text, length, nullptr);
+  std::vector<std::wstring> pieces = SplitLines(text, length);
   std::wstring& first = m_aLines[static_cast<size_t>(nLine)].m_text;
   if (pieces.size() == 1) {
     first.insert(static_cast<size_t>(nPos), pieces[0]);
@@ -552,8 +571,9 @@ BOOL CCrystalTextBuffer::LoadFromFile(LPCTSTR pszFileName, int nCrlfStyle) {
   try {
     CFile file;
     if (!file.Open(pszFileName, CFile::modeRead | CFile::typeBinary | CFile::shareDenyNone)) return FALSE;
-    // Read in pieces until the end: the length is a hint, never trusted for
-    // one allocation.
+    // Reserved up to the reported length (capped: it is only a hint), then
+    // read in pieces until the end.
+    bytes.reserve(static_cast<size_t>(std::min<ULONGLONG>(file.GetLength(), 1ull << 30)));
     char chunk[65536];
     for (;;) {
       UINT got = file.Read(chunk, sizeof(chunk));
@@ -576,11 +596,8 @@ BOOL CCrystalTextBuffer::LoadFromFile(LPCTSTR pszFileName, int nCrlfStyle) {
     encoding = ENCODING_UTF16LE;
 
   int detected = CRLF_STYLE_AUTOMATIC;
-  std::vector<std::wstring> pieces = SplitLines(text.data(), text.size(), &detected);
+  std::vector<SLineInfo> lines = MakeLines(text.data(), text.size(), &detected);
   std::wstring().swap(text);
-  std::vector<SLineInfo> lines(pieces.size());
-  for (size_t i = 0; i < pieces.size(); ++i) lines[i].m_text = std::move(pieces[i]);
-  std::vector<std::wstring>().swap(pieces);
 
   int limit = m_nUndoBufSize;
   ResetDocument(std::move(lines));

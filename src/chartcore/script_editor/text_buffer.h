@@ -323,6 +323,7 @@ class CHARTCORE_API CCrystalTextBuffer {
                           int& nEndLine, int& nEndChar);
   BOOL InternalDeleteText(CCrystalTextWnd* pSource, int nStartLine, int nStartChar, int nEndLine, int nEndChar,
                           std::wstring* deleted);
+  static std::vector<SLineInfo> MakeLines(const wchar_t* text, size_t length, int* firstStyle);
   bool IsValidPos(int nLine, int nChar) const;
   void ResetDocument(std::vector<SLineInfo>&& lines);
   const wchar_t* LineEnd(int nCrlfStyle) const;
