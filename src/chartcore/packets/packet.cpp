@@ -209,12 +209,7 @@ void CPacket::ResetPacket() {
 void CPacket::DeletePacket() { ReleaseData(); }
 
 int CPacket::CheckPacketBoundary(int i) {
-  if (i < m_nMaxPacketSize && m_nPacketSize > 0) return 1;
-  const int blocks = internal::BlockCountFor(i);
-  if (blocks == m_nBlockCount) return 1;
-  m_nBlockCount = blocks;
-  m_nMaxPacketSize = internal::CapacityOfBlocks(blocks);
-  return 0;
+  return internal::CheckBoundary(i, m_nPacketSize, m_nBlockCount, m_nMaxPacketSize);
 }
 
 int CPacket::CheckPacketBoundary() { return CheckPacketBoundary(m_nPacketSize); }
@@ -470,11 +465,7 @@ int CPacket::Shift(int direction, int n) {
   const std::int64_t start = static_cast<std::int64_t>(old_start) + n;
   m_nStartIndex = NarrowIndex(start);
   const int first = static_cast<int>(std::max<std::int64_t>(std::min<std::int64_t>(start, new_size), 0));
-  internal::FillColumn(m_pData, m_nAlloc, 0, first, kEmpty);
-  for (int i = first; i < new_size; ++i) {
-    const int from = i - n;
-    m_pData[i] = (from >= 0 && from < static_cast<int>(old.size())) ? old[static_cast<std::size_t>(from)] : kEmpty;
-  }
+  internal::PlaceShiftedRight(m_pData, m_nAlloc, old.data(), static_cast<int>(old.size()), first, new_size, n);
   m_nShiftXSize = n;
   return 1;
 }

@@ -17,6 +17,20 @@
 // grows geometrically, so appends cost O(1) amortised; slots never written
 // hold 0.0. No operation reads or writes outside that array: where an index
 // is not checked against the size, it is still checked against the array.
+// Where the bookkeeping alone would lead outside it, the packet does this:
+//  - copies and Copy() size the array for the capacity they record, and
+//    every append makes room for its write whatever the capacity says;
+//  - growing an empty packet resets its fields as AllocPacket does but the
+//    append still writes at the size it found;
+//  - GetLastPrevValue/GetLastPrePrevValue on a shorter packet give empty;
+//  - ReAllocPacket below the size keeps what fits (size and end follow);
+//  - Shift(0, n) fills up to the new size only, Shift(1, n) reads no slot
+//    past the size, AddShiftLastAvail's left roll reads empty past the end;
+//  - AddLastAvail puts v after the last element when that one is available;
+//  - arithmetic marks only the left operand's own elements, and result
+//    elements that are not computed hold the empty value;
+//  - a negative size left by SetPacketSize counts as 0 for appends, and an
+//    array beyond 2^29 elements fails as an allocation (std::bad_alloc).
 #ifndef CHARTCORE_PACKETS_PACKET_H_
 #define CHARTCORE_PACKETS_PACKET_H_
 

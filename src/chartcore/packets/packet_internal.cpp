@@ -68,6 +68,15 @@ int CapacityOfBlocks(int blocks) {
   return static_cast<int>(cap);
 }
 
+int CheckBoundary(int i, int size, int& block_count, int& capacity) {
+  if (i < capacity && size > 0) return 1;
+  const int blocks = BlockCountFor(i);
+  if (blocks == block_count) return 1;
+  block_count = blocks;
+  capacity = CapacityOfBlocks(blocks);
+  return 0;
+}
+
 // ---------------------------------------------------------------------------
 // Available values and searches
 // ---------------------------------------------------------------------------
@@ -408,6 +417,17 @@ void ShiftLeftColumn(const SeriesRef& s, int n) {
     std::memmove(s.data, s.data + n, static_cast<std::size_t>(stored - n) * sizeof(double));
   }
   FillColumn(s.data, s.alloc, std::max(stored - n, 0), stored, kEmpty);
+}
+
+void PlaceShiftedRight(double* data, int alloc, const double* old, int old_count, int first, int new_size,
+                       int n) {
+  if (data == nullptr) return;
+  FillColumn(data, alloc, 0, first, kEmpty);
+  const int hi = std::min(new_size, alloc);
+  for (int i = ClampLow(first); i < hi; ++i) {
+    const std::int64_t from = static_cast<std::int64_t>(i) - n;
+    data[i] = (from >= 0 && from < old_count) ? old[from] : kEmpty;
+  }
 }
 
 void AddToColumn(const SeriesRef& s, double d) {

@@ -47,6 +47,11 @@ int BlockCountFor(int count);
 // Capacity of a block count, saturated to the int range.
 int CapacityOfBlocks(int blocks);
 
+// The growth check of both packet classes for a requested count i: 1 when
+// i is below the capacity of a non-empty packet or needs as many blocks as
+// it has; otherwise stores the new block count and capacity and gives 0.
+int CheckBoundary(int i, int size, int& block_count, int& capacity);
+
 // ---------------------------------------------------------------------------
 // Series view
 // ---------------------------------------------------------------------------
@@ -200,6 +205,12 @@ void ReverseColumn(const SeriesRef& s);
 
 // Left shift by n: elements move n places left, the last n become empty.
 void ShiftLeftColumn(const SeriesRef& s, int n);
+
+// Fills a column reallocated for a right shift by n: slots below `first`
+// (the new start) are empty, slot i >= first takes old[i - n] (empty where
+// that lies outside old), up to new_size.
+void PlaceShiftedRight(double* data, int alloc, const double* old, int old_count, int first, int new_size,
+                       int n);
 
 // Adds d to every element in use.
 void AddToColumn(const SeriesRef& s, double d);

@@ -259,12 +259,7 @@ void CPacketMemory::ReAllocPacket(int n, int keep) {
 }
 
 int CPacketMemory::CheckPacketBoundary(int i) {
-  if (i < m_nMaxPacketSize && m_nPacketSize > 0) return 1;
-  const int blocks = internal::BlockCountFor(i);
-  if (blocks == m_nBlockCount) return 1;
-  m_nBlockCount = blocks;
-  m_nMaxPacketSize = internal::CapacityOfBlocks(blocks);
-  return 0;
+  return internal::CheckBoundary(i, m_nPacketSize, m_nBlockCount, m_nMaxPacketSize);
 }
 
 int CPacketMemory::CheckPacketBoundary() { return CheckPacketBoundary(m_nPacketSize); }
@@ -841,11 +836,7 @@ int CPacketMemory::ShiftRows(int direction, int n, int ncols) {
     double* d = m_apData[c];
     if (d == nullptr) continue;
     const std::vector<double>& col = old[static_cast<std::size_t>(c)];
-    internal::FillColumn(d, m_anAlloc[c], 0, first, kEmpty);
-    for (int i = first; i < new_size; ++i) {
-      const int from = i - n;
-      d[i] = (from >= 0 && from < static_cast<int>(col.size())) ? col[static_cast<std::size_t>(from)] : kEmpty;
-    }
+    internal::PlaceShiftedRight(d, m_anAlloc[c], col.data(), static_cast<int>(col.size()), first, new_size, n);
   }
   m_nShiftXSize = n;
   m_nColumnCursor = ncols;
