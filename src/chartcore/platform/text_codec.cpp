@@ -130,6 +130,29 @@ IconvPair& Converters() {
   return pair;
 }
 
+// Runs cd over the input, writing `replacement` for each input unit (one
+// byte, or one wchar_t) it cannot convert and resuming after that unit, so a
+// bad byte or an unmappable character never costs the text around it.
+// Returns the number of bytes written.
+size_t ConvertReplacing(iconv_t cd, const char* in, size_t inLeft, size_t inUnit, char* out, size_t outLeft,
+                        const void* replacement, size_t replacementSize) {
+  iconv(cd, nullptr, nullptr, nullptr, nullptr);
+  char* src = const_cast<char*>(in);
+  char* dst = out;
+  while (inLeft > 0) {
+    if (iconv(cd, &src, &inLeft, &dst, &outLeft) != static_cast<size_t>(-1)) break;
+    if ((errno != EILSEQ && errno != EINVAL) || outLeft < replacementSize) break;
+    std::memcpy(dst, replacement, replacementSize);
+    dst += replacementSize;
+    outLeft -= replacementSize;
+    const size_t skip = inLeft < inUnit ? inLeft : inUnit;
+    src += skip;
+    inLeft -= skip;
+    iconv(cd, nullptr, nullptr, nullptr, nullptr);
+  }
+  return static_cast<size_t>(dst - out);
+}
+
 std::wstring Cp949ToWideImpl(const char* bytes, size_t length) {
   std::wstring out;
   if (length == 0) return out;
@@ -143,27 +166,12 @@ std::wstring Cp949ToWideImpl(const char* bytes, size_t length) {
     }
     return out;
   }
-  iconv(cd, nullptr, nullptr, nullptr, nullptr);
   out.resize(length);  // never more characters than bytes
-  char* in = const_cast<char*>(bytes);
-  size_t inLeft = length;
-  char* dst = reinterpret_cast<char*>(&out[0]);
-  size_t dstLeft = length * sizeof(wchar_t);
-  while (inLeft > 0) {
-    if (iconv(cd, &in, &inLeft, &dst, &dstLeft) != static_cast<size_t>(-1)) break;
-    if (errno != EILSEQ && errno != EINVAL) break;
-    // An undecodable byte (or a lead byte cut off at the end) becomes U+FFFD;
-    // decoding resumes at the next byte so a following ASCII byte survives.
-    if (dstLeft < sizeof(wchar_t)) break;
-    const wchar_t rep = static_cast<wchar_t>(kReplacement);
-    std::memcpy(dst, &rep, sizeof rep);
-    dst += sizeof(wchar_t);
-    dstLeft -= sizeof(wchar_t);
-    ++in;
-    --inLeft;
-    iconv(cd, nullptr, nullptr, nullptr, nullptr);
-  }
-  out.resize(out.size() - dstLeft / sizeof(wchar_t));
+  // An undecodable byte (or a lead byte cut off at the end) becomes U+FFFD.
+  const wchar_t rep = static_cast<wchar_t>(kReplacement);
+  const size_t written = ConvertReplacing(cd, bytes, length, 1, reinterpret_cast<char*>(&out[0]),
+                                          length * sizeof(wchar_t), &rep, sizeof rep);
+  out.resize(written / sizeof(wchar_t));
   return out;
 }
 
@@ -176,24 +184,11 @@ std::string WideToCp949Impl(const wchar_t* text, size_t length) {
     for (size_t i = 0; i < length; ++i) out += text[i] < 0x80 ? static_cast<char>(text[i]) : '?';
     return out;
   }
-  iconv(cd, nullptr, nullptr, nullptr, nullptr);
   out.resize(length * 2);  // two bytes per character at most
-  char* in = reinterpret_cast<char*>(const_cast<wchar_t*>(text));
-  size_t inLeft = length * sizeof(wchar_t);
-  char* dst = &out[0];
-  size_t dstLeft = out.size();
-  while (inLeft > 0) {
-    if (iconv(cd, &in, &inLeft, &dst, &dstLeft) != static_cast<size_t>(-1)) break;
-    if (errno != EILSEQ && errno != EINVAL) break;
-    // A character the code page cannot hold (or a lone surrogate) becomes '?'.
-    if (dstLeft == 0) break;
-    *dst++ = '?';
-    --dstLeft;
-    in += sizeof(wchar_t);
-    inLeft -= inLeft >= sizeof(wchar_t) ? sizeof(wchar_t) : inLeft;
-    iconv(cd, nullptr, nullptr, nullptr, nullptr);
-  }
-  out.resize(out.size() - dstLeft);
+  // A character the code page cannot hold (or a lone surrogate) becomes '?'.
+  const size_t written = ConvertReplacing(cd, reinterpret_cast<const char*>(text), length * sizeof(wchar_t),
+                                          sizeof(wchar_t), &out[0], out.size(), "?", 1);
+  out.resize(written);
   return out;
 }
 
