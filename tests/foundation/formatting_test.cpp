@@ -217,18 +217,9 @@ TEST(FormattingCodes, FloatFormatsOfScalesAndFields) {
   EXPECT_STREQ(buf, L"%.f");
   MakeFloatFormatData(buf, 1 << 30, 1 << 30);
   EXPECT_STREQ(buf, L"%1024.100f");
-  EXPECT_EQ(GetDecimalScaleFromFloat(0), 10);
-  EXPECT_EQ(GetDecimalScaleFromFloat(8), 10);
-  EXPECT_EQ(GetDecimalScaleFromFloat(65), 2);
-  EXPECT_EQ(GetDecimalScaleFromFloat(66), 4);
-  EXPECT_EQ(GetDecimalScaleFromFloat(67), 8);
-  EXPECT_EQ(GetDecimalScaleFromFloat(68), 16);
-  EXPECT_EQ(GetDecimalScaleFromFloat(69), 10);
-  EXPECT_EQ(GetDecimalScaleFromFloat(74), 10);
-  EXPECT_EQ(GetDecimalScaleFromFloat(75), 32);
-  EXPECT_EQ(GetDecimalScaleFromFloat(76), 64);
-  EXPECT_EQ(GetDecimalScaleFromFloat(77), 128);
-  EXPECT_EQ(GetDecimalScaleFromFloat(78), 10);
+  const int codes[] = {-5, 0, 8, 64, 65, 66, 67, 68, 69, 74, 75, 76, 77, 78};
+  const int denominators[] = {10, 10, 10, 10, 2, 4, 8, 16, 10, 10, 32, 64, 128, 10};
+  for (int i = 0; i < 14; ++i) EXPECT_EQ(GetDecimalScaleFromFloat(codes[i]), denominators[i]) << codes[i];
 }
 
 TEST(FormattingGrouping, SignsDecimalsBlanksAndGroupSizes) {
@@ -437,20 +428,18 @@ TEST(FormattingHelpers, AutoDecimalDiffAndNumericHelpers) {
   EXPECT_EQ(GetDiffValueOfFloat(kPacketEmptyValue, 1.0, 2, 0), kPacketEmptyValue);
   EXPECT_EQ(GetDiffValueOfFloat(1.0, kPacketNoMaxValue, 2, 0), kPacketEmptyValue);
 
-  EXPECT_EQ(GetTickValue(0, 999.99), 1);
-  EXPECT_EQ(GetTickValue(0, 1000), 5);
-  EXPECT_EQ(GetTickValue(0, 49999), 50);
-  EXPECT_EQ(GetTickValue(0, 50000), 100);
-  EXPECT_EQ(GetTickValue(0, 499999), 500);
-  EXPECT_EQ(GetTickValue(0, 500000), 1000);
-  EXPECT_EQ(GetTickValue(1, 49999), 50);
-  EXPECT_EQ(GetTickValue(1, 50000), 100);
-  EXPECT_EQ(GetTickValue(1, 1e9), 100);
-  EXPECT_EQ(GetTickValue(2, 100), 0);
-  EXPECT_EQ(GetMarketPointValue(14), 500000);
-  EXPECT_EQ(GetMarketPointValue(124), 500000);
-  EXPECT_EQ(GetMarketPointValue(25), 10);
-  EXPECT_EQ(GetMarketPointValue(134), 500);
+  // Strict bounds: each step starts exactly at its price.
+  const double prices[] = {999.99, 1000, 4999, 5000, 9999, 10000, 49999, 50000, 99999, 100000, 499999, 500000};
+  const double kind0[] = {1, 5, 5, 10, 10, 50, 50, 100, 100, 500, 500, 1000};
+  const double kind1[] = {1, 5, 5, 10, 10, 50, 50, 100, 100, 100, 100, 100};
+  for (int i = 0; i < 12; ++i) {
+    EXPECT_EQ(GetTickValue(0, prices[i]), kind0[i]) << prices[i];
+    EXPECT_EQ(GetTickValue(1, prices[i]), kind1[i]) << prices[i];
+    EXPECT_EQ(GetTickValue(2, prices[i]), 0);
+  }
+  for (const int m : {14, 16, 44, 124}) EXPECT_EQ(GetMarketPointValue(m), 500000);
+  EXPECT_EQ(GetMarketPointValue(15) + GetMarketPointValue(25), 20);
+  for (const int m : {26, 34, 134}) EXPECT_EQ(GetMarketPointValue(m), 500);
   EXPECT_EQ(GetMarketPointValue(1007), 10000);
   EXPECT_EQ(GetMarketPointValue(17), 1);
   EXPECT_EQ(CompareFloat(1.0, 1.05, 0.05), -1);  // the bound is strict

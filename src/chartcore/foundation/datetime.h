@@ -50,7 +50,7 @@ CHARTCORE_API int GetSecond(double value);
 // GetHalfHour: hhmm with the minutes floored to the half hour (930, 900), or 0.
 CHARTCORE_API int GetHalfHour(double value);
 // GetTime: hhmmss of a date-time value, else 0. The only time getter without a
-// bias: 20240115093000 - 1e-7 gives 92959.
+// bias: the double just below 20240115093000 gives 92999.
 CHARTCORE_API int GetTime(double value);
 
 // ---------------------------------------------------------------------------
