@@ -20,6 +20,11 @@
 #include "chartcore/platform/oledate.h"
 #include "chartcore/platform/system.h"
 #include "chartcore/platform/window.h"
+#include "chartcore/platform/arrays.h"
+#include "chartcore/platform/object.h"
+#include "chartcore/platform/file.h"
+#include "chartcore/platform/archive.h"
+#include "chartcore/platform/filesystem.h"
 
 // --- packets ---
 #include "chartcore/packets/packet_types.h"

@@ -131,3 +131,46 @@ TEST(Umbrella, PacketClassesAreExported) {
   EXPECT_EQ(bars.GetLastBasic().m_dClose, 104);
   EXPECT_EQ(bars.GetPacketIndex(PDT_DATE, 20240101, 1), 0);
 }
+
+namespace {
+// A host's own serializable class, built against the exported framework.
+class CUmbrellaRecord : public CObject {
+  DECLARE_SERIAL(CUmbrellaRecord)
+ public:
+  void Serialize(CArchive& ar) override {
+    if (ar.IsStoring()) {
+      ar << m_text;
+    } else {
+      ar >> m_text;
+    }
+  }
+  CString m_text;
+};
+}  // namespace
+IMPLEMENT_SERIAL(CUmbrellaRecord, CObject, VERSIONABLE_SCHEMA | 0)
+
+TEST(Umbrella, PlatformObjectArchiveAndFileNamesAreExported) {
+  CStringArray names;
+  names.Add(L"RSI");
+  CUmbrellaRecord record;
+  record.m_text = names[0];
+  CMemFile file;
+  {
+    CArchive ar(&file, CArchive::store);
+    ar << &record;
+    ar.Close();
+  }
+  EXPECT_EQ(file.GetLength(), 6u + 15u + 10u);  // tag, schema, name length, name, then FF FE FF 03 "RSI"
+  file.SeekToBegin();
+  CArchive ar(&file, CArchive::load);
+  CUmbrellaRecord* back = nullptr;
+  ar >> back;
+  ASSERT_NE(back, nullptr);
+  EXPECT_EQ(back->m_text, L"RSI");
+  delete back;
+  EXPECT_EQ(CRuntimeClass::FromName("CMemFile"), RUNTIME_CLASS(CMemFile));
+  EXPECT_TRUE(chartcore::MatchFileMask(L"x.dat", L"*.*"));
+  EXPECT_EQ(GetFileAttributesW(L"/nonexistent-workspace\\x"), INVALID_FILE_ATTRIBUTES);
+  CFileException error;
+  EXPECT_FALSE(CFile().Open(L"/nonexistent-workspace\\x", CFile::modeRead, &error));
+}

@@ -136,7 +136,8 @@ TEST(CArraySemantics, CopiesAreDeepAndMovesEmptyTheSource) {
   assigned.Add(L"old");
   assigned = a;
   EXPECT_EQ(assigned.GetSize(), 2);
-  assigned = assigned;  // self-assignment keeps the elements
+  CStringArray& alias = assigned;
+  assigned = alias;  // self-assignment keeps the elements
   EXPECT_TRUE(assigned[1] == L"two");
   CStringArray moved(std::move(a));
   EXPECT_EQ(moved.GetSize(), 2);

@@ -168,7 +168,7 @@ CHARTCORE_API CObject* ReadObjectOf(CArchive& ar, const CRuntimeClass* pClass);
 #define DECLARE_SERIAL(class_name)                                                                   \
   DECLARE_DYNCREATE(class_name)                                                                      \
  public:                                                                                             \
-  friend CArchive& operator>>(CArchive& ar, class_name*& pOb) {                                      \
+  [[maybe_unused]] friend CArchive& operator>>(CArchive& ar, class_name*& pOb) {                                    \
     pOb = static_cast<class_name*>(::chartcore::internal::ReadObjectOf(ar, class_name::GetThisClass())); \
     return ar;                                                                                       \
   }
