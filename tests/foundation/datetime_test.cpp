@@ -104,6 +104,7 @@ TEST(DateTimeGetters, ThresholdAndBiases) {
   EXPECT_EQ(GetDate(beforeMidnight), 15);
   EXPECT_EQ(GetTime(beforeMidnight), 999999);
   EXPECT_EQ(GetHour(beforeMidnight), 99);
+  EXPECT_EQ(GetTime(std::nextafter(20240115093000.0, 0.0)), 92999);
   // The 0.5 of GetDate rounds past the month's last day: no validation.
   EXPECT_EQ(GetDate(20231231.99995), 32);
   EXPECT_EQ(GetMonth(20231231.99995), 12);
