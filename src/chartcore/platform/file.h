@@ -47,7 +47,7 @@ CHARTCORE_API int FileCauseFromOsError(long osError);
 
 // WriteFileAtomic: replaces the file at `path` with what `writer` writes.
 // The writer gets a CFile open on a new temporary file in the same folder
-// (unique name "<name>.~tmp<n>"). After it returns, the temporary file is
+// (unique name "<name>.~tmp<process>_<n>"). After it returns, the temporary file is
 // flushed to disk, closed and renamed over the target, so readers see either
 // the old file whole or the new file whole.
 //
@@ -311,7 +311,8 @@ class CHARTCORE_API CStdioFile : public CFile {
 // any run of characters and `?` one character (or none before a dot or at
 // the end), a trailing ".*" also matches names without an extension (so
 // "*.*" matches every name), and letters match regardless of case, as on
-// Windows. "." and ".." are listed like other entries.
+// Windows. "." and ".." are listed like other entries; on Linux the entries
+// come in name order, ignoring case, as a Windows folder lists them.
 //
 //   CFileFind finder;
 //   BOOL more = finder.FindFile(L"C:\\ws\\Logic\\Indica\\*.dat");
