@@ -1,6 +1,5 @@
 #include "chartcore/logic/definition_record.h"
 
-#include <climits>
 #include <cstring>
 #include <memory>
 
@@ -97,16 +96,6 @@ TEST(DefinitionRecord, HeaderDefaultsSchemaAndCreationByName) {
   // The common base is a run-time class, but not one to create.
   EXPECT_EQ(CRuntimeClass::CreateObject("CDBSubBase"), nullptr);
   EXPECT_EQ(CRuntimeClass::CreateObject(L"CDBSubNOPE"), nullptr);
-}
-
-TEST(DefinitionRecord, VersionGateIsUnsigned) {
-  using chartcore::internal::HasField;
-  EXPECT_TRUE(HasField(3, 3));
-  EXPECT_FALSE(HasField(2, 3));
-  EXPECT_TRUE(HasField(-1, 7));          // 0xFFFFFFFF
-  EXPECT_TRUE(HasField(INT_MIN, 7));     // 0x80000000
-  EXPECT_TRUE(HasField(0, 0));
-  EXPECT_FALSE(HasField(0, 1));
 }
 
 TEST(DefinitionRecord, EveryTruncationOfEveryKindEndsInEndOfFile) {

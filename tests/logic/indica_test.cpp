@@ -290,33 +290,3 @@ TEST(IndicaCopy, CopyDataBaseReplacesArraysAndCopiesEveryField) {
   dst.CopyDataBase(&dst);
   EXPECT_EQ(Store(dst), before);
 }
-
-TEST(IndicaElements, CopiesAndMovesCarryEveryMember) {
-  CDBSubINDICA src;
-  FillDistinct(src);
-  const CDBSubINDICA_ELM& e = src.m_arrElement[0];
-  CDBSubINDICA_ELM copy(e);
-  CDBSubINDICA_ELM assigned;
-  assigned = copy;
-  CDBSubINDICA_ELM moved(std::move(copy));
-  for (const CDBSubINDICA_ELM* x : {&assigned, &moved}) {
-    EXPECT_EQ(x->strE00, e.strE00);
-    EXPECT_EQ(x->nE01 + x->nE02 + x->nE03 + x->nE04 + x->nE05 + x->nE06, 101 + 102 + 103 + 104 + 105 + 106);
-    EXPECT_EQ(x->nE07, 107);
-    EXPECT_EQ(x->clrE08, 0x108u);
-    EXPECT_EQ(x->clrE09, 0x109u);
-    EXPECT_EQ(x->nE10, 110);
-    EXPECT_EQ(x->strE11, L"e11");
-    EXPECT_EQ(x->nE12, 112);
-    EXPECT_EQ(x->nE13, 113);
-  }
-  CDBSubINDICA_BASE base;
-  base = src.m_arrBase[1];
-  EXPECT_EQ(base.nBase0, 301);
-  EXPECT_EQ(base.dBase1, -0.25);
-  EXPECT_EQ(base.nBase5, 305);
-  // A fresh element holds zeros and empty texts.
-  CDBSubINDICA_ELM blank;
-  EXPECT_EQ(blank.nE10, 0);
-  EXPECT_TRUE(blank.strE11.IsEmpty());
-}

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "chartcore/properties/chart_property.h"
 
 namespace {
 
@@ -187,52 +186,4 @@ TEST(LogicProperty, ElementCopiesCarryEveryMember) {
   EXPECT_EQ(c.strSource, L"MA");
   EXPECT_EQ(c.strElement, L"line0");
   EXPECT_EQ(c.nKind + c.nDataType + c.nElement, 6);
-}
-
-TEST(ChartProperty, RecordsCopyDeeplyAndNameThemselves) {
-  CProperty_INDICA a;
-  a.BuildFromDefinition(L"RSI", CDBSubINDICA());
-  CProperty_EVENT_ELEMENT ev;
-  ev.strMessage = L"hi";
-  a.m_arrEvent.Add(ev);
-  a.m_arrParam.Add(CProperty_INDICA_Param());
-  CProperty_INDICA b(a);
-  b.m_arrParam[0].strText = L"changed";
-  b.m_arrEvent[0].strMessage = L"other";
-  EXPECT_TRUE(a.m_arrParam[0].strText.IsEmpty());  // deep: the copy has its own arrays
-  EXPECT_EQ(a.m_arrEvent[0].strMessage, L"hi");
-  CProperty_INDICA c;
-  c = std::move(b);
-  EXPECT_EQ(c.m_arrParam[0].strText, L"changed");
-  EXPECT_EQ(c.GetName(), L"RSI");
-
-  // The volume series names itself in the system's word, whatever its name.
-  std::unique_ptr<CProperty_BASE> vol = std::make_unique<CProperty_VOLUME>();
-  vol->m_strName = L"Volume";
-  EXPECT_EQ(vol->GetName(), L"\uAC70\uB798\uB7C9");
-  CProperty_PRICE price;
-  price.m_strName = L"\uC0BC\uC131\uC804\uC790";
-  EXPECT_EQ(price.GetName(), L"\uC0BC\uC131\uC804\uC790");
-  EXPECT_EQ(vol->GetSaveFlag(), 1);
-  vol->SetSaveFlag(0);
-  EXPECT_EQ(vol->GetSaveFlag(), 0);
-
-  CProperty_DRAW draw;
-  CProperty_NOTICE_LINE notice;
-  notice.dValue = 70000; notice.clrLine = 0xFF; notice.wStyle = 0xFFFF; notice.wWidth = 3; notice.nAlarm = 1;
-  draw.m_arrNoticeLine.Add(notice);
-  CProperty_DRAW drawCopy(draw);
-  const CProperty_NOTICE_LINE& n = drawCopy.m_arrNoticeLine[0];
-  EXPECT_EQ(n.dValue, 70000.0);
-  EXPECT_EQ(n.wStyle, 0xFFFF);  // 16-bit members keep every bit
-  EXPECT_EQ(n.wWidth, 3);
-  EXPECT_EQ(n.nAlarm, 1);
-
-  CProperty_ANAL anal;
-  CProperty_ANAL_SNAPPoint snap;
-  snap.dDate = 20240105.0; snap.dValue = 1.5; snap.nBarIndex = 7; snap.nDataType = 2;
-  anal.m_arrSnapPoint.Add(snap);
-  CProperty_ANAL analCopy = anal;
-  EXPECT_EQ(analCopy.m_arrSnapPoint[0].nBarIndex, 7);
-  EXPECT_EQ(analCopy.m_arrSnapPoint[0].dDate, 20240105.0);
 }

@@ -52,15 +52,6 @@ void ToSubDB(CProperty_INDICA_SubDB& s, const CDBSubINDICA_ELM& e) {
   s.nShow = 1;
 }
 
-void ToBasis(CProperty_INDICA_Basis& b, const CDBSubINDICA_BASE& base) {
-  b.nBase0 = base.nBase0;
-  b.dBase1 = base.dBase1;
-  b.nBase2 = base.nBase2;
-  b.nBase3 = base.nBase3;
-  b.nBase4 = base.nBase4;
-  b.nBase5 = base.nBase5;
-}
-
 void ToSubDB(CProperty_OPTIMIZE_SubDB& s, const CDBSubOPTIMIZE_ELM& e) {
   s.nE01 = e.nE01;
   s.nE02 = e.nE02;
@@ -85,7 +76,8 @@ void CProperty_INDICA::BuildFromDefinition(LPCTSTR name, const CDBSubINDICA& def
   MirrorArray(m_arrSubDB, definition.m_arrElement, [](CProperty_INDICA_SubDB& s, const CDBSubINDICA_ELM& e) {
     ToSubDB(s, e);
   });
-  MirrorArray(m_arrBasis, definition.m_arrBase, ToBasis);
+  MirrorArray(m_arrBasis, definition.m_arrBase,
+              [](CDBSubINDICA_BASE& basis, const CDBSubINDICA_BASE& base) { basis = base; });
 }
 
 // ---------------------------------------------------------------------------

@@ -68,16 +68,8 @@ class CHARTCORE_API CProperty_INDICA_SubDB {
 };
 
 // CProperty_INDICA_Basis: one base entry of the indicator as set for this
-// object (the extent of CDBSubINDICA_BASE, same labels).
-class CHARTCORE_API CProperty_INDICA_Basis {
- public:
-  int nBase0 = 0;
-  double dBase1 = 0.0;
-  int nBase2 = 0;
-  int nBase3 = 0;
-  int nBase4 = 0;
-  int nBase5 = 0;
-};
+// object (the members of CDBSubINDICA_BASE, same labels).
+class CHARTCORE_API CProperty_INDICA_Basis : public CDBSubINDICA_BASE {};
 
 // CProperty_INDICA: an indicator placed on a chart.
 //   m_strTitle     the label the chart shows (the name until the user sets one)
