@@ -159,18 +159,24 @@ class RatioReporter : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
-      if (run.iterations > 0) times[run.benchmark_name()] = run.GetAdjustedRealTime();
+      if (run.iterations > 0) {
+        times[run.benchmark_name()] = run.GetAdjustedRealTime();
+        cpuTimes[run.benchmark_name()] = run.GetAdjustedCPUTime();
+      }
     }
     ConsoleReporter::ReportRuns(runs);
   }
   std::map<std::string, double> times;
+  std::map<std::string, double> cpuTimes;  // steadier than wall clock on a shared machine
 };
 
 void PrintRatio(const RatioReporter& r, const char* label, const char* a, const char* b) {
   const auto ia = r.times.find(a);
   const auto ib = r.times.find(b);
-  if (ia == r.times.end() || ib == r.times.end() || ib->second <= 0) return;
-  std::printf("%s: %.2fx\n", label, ia->second / ib->second);
+  const auto ca = r.cpuTimes.find(a);
+  const auto cb = r.cpuTimes.find(b);
+  if (ia == r.times.end() || ib == r.times.end() || ib->second <= 0 || cb->second <= 0) return;
+  std::printf("%s: %.2fx wall, %.2fx cpu\n", label, ia->second / ib->second, ca->second / cb->second);
 }
 
 }  // namespace
