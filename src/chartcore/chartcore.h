@@ -35,6 +35,10 @@
 #include "chartcore/foundation/datetime.h"
 #include "chartcore/foundation/formatting.h"
 #include "chartcore/foundation/markets.h"
+#include "chartcore/foundation/paths.h"
+#include "chartcore/foundation/strings.h"
+#include "chartcore/foundation/colours_geometry.h"
+#include "chartcore/foundation/log_launch.h"
 
 // --- logic ---
 #include "chartcore/logic/definition_record.h"

@@ -1,0 +1,701 @@
+#include "chartcore/foundation/log_launch.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <cwchar>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "chartcore/foundation/paths.h"
+#include "chartcore/platform/file.h"
+#include "chartcore/platform/system.h"
+#include "chartcore/platform/text_codec.h"
+
+#if defined(_WIN32)
+#include <objbase.h>
+#include <shellapi.h>
+#else
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+extern char** environ;
+#endif
+
+namespace {
+
+// The automation name of the spreadsheet application, declared narrow as the
+// automation headers declare it.
+const char kSpreadsheetProgId[] = "Excel.Application";
+
+// Buffers the registry and program look-ups write into.
+const int kAppBufferSize = 255;
+
+void ShowError(const wchar_t* text, const wchar_t* caption) {
+  MessageBoxW(nullptr, text, caption, MB_OK | MB_ICONERROR);
+}
+
+// Widens the ProgID for the look-ups, reporting each way it can fail.
+bool WidenProgId(const char* progId, std::wstring& wide) {
+  if (progId == nullptr || *progId == '\0') {
+    ShowError(L"Type ProgID in EditBox", L"Error");
+    return false;
+  }
+  try {
+    wide = chartcore::Utf8ToWide(progId, std::strlen(progId));
+  } catch (const std::bad_alloc&) {
+    ShowError(L"Out of Memory", L"Error");
+    return false;
+  }
+  if (wide.empty() || wide.find(L'\xFFFD') != std::wstring::npos) {
+    ShowError(L"Error in Conversion", L"Error");
+    return false;
+  }
+  return true;
+}
+
+// Copies text into a caller's buffer of size characters; false when it does
+// not fit with its terminator.
+bool CopyOut(const std::wstring& text, wchar_t* buffer, int size) {
+  if (text.empty() || static_cast<long long>(text.size()) + 1 > size) return false;
+  std::wmemcpy(buffer, text.c_str(), text.size() + 1);
+  return true;
+}
+
+// The leading decimal number of a version text ("16", "7.4.7.2" gives 7).
+int LeadingNumber(const wchar_t* text) {
+  int value = 0;
+  for (const wchar_t* p = text; *p >= L'0' && *p <= L'9'; ++p) {
+    if (value > 100000) return 0;
+    value = value * 10 + (*p - L'0');
+  }
+  return value;
+}
+
+}  // namespace
+
+#if defined(_WIN32)
+// ===========================================================================
+// Windows: system directory, search path and registry
+// ===========================================================================
+namespace {
+
+// Starts a command line without waiting; the handles are closed at once so
+// nothing of the child stays with us.
+BOOL StartCommandLine(const CString& commandLine) {
+  std::wstring buffer(commandLine.GetString());
+  buffer.push_back(L'\0');
+  STARTUPINFOW startup;
+  std::memset(&startup, 0, sizeof startup);
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION info;
+  std::memset(&info, 0, sizeof info);
+  const BOOL started = CreateProcessW(nullptr, &buffer[0], nullptr, nullptr, FALSE, 0, nullptr,
+                                      nullptr, &startup, &info);
+  if (started) {
+    CloseHandle(info.hThread);
+    CloseHandle(info.hProcess);
+  }
+  return started;
+}
+
+// Reads the default or named string value of an open key.
+bool ReadKeyString(HKEY key, const wchar_t* valueName, std::wstring& value) {
+  DWORD type = 0;
+  DWORD bytes = 0;
+  if (RegQueryValueExW(key, valueName, nullptr, &type, nullptr, &bytes) != ERROR_SUCCESS) return false;
+  if ((type != REG_SZ && type != REG_EXPAND_SZ) || bytes > 64 * 1024) return false;
+  std::vector<wchar_t> buffer(bytes / sizeof(wchar_t) + 2, L'\0');
+  bytes = static_cast<DWORD>((buffer.size() - 1) * sizeof(wchar_t));
+  if (RegQueryValueExW(key, valueName, nullptr, &type, reinterpret_cast<BYTE*>(buffer.data()), &bytes) !=
+      ERROR_SUCCESS) {
+    return false;
+  }
+  value.assign(buffer.data());
+  return true;
+}
+
+bool OpenKey(HKEY root, const CString& subKey, REGSAM access, HKEY& key) {
+  key = nullptr;
+  return RegOpenKeyExW(root, subKey, 0, access, &key) == ERROR_SUCCESS;
+}
+
+// A LocalServer entry holds the executable and its start switches
+// ("C:\...\EXCEL.EXE" /automation): keep the executable only.
+std::wstring ExecutableOfServerEntry(const std::wstring& entry) {
+  std::wstring text = entry;
+  while (!text.empty() && text.front() == L' ') text.erase(0, 1);
+  if (!text.empty() && text.front() == L'"') {
+    const size_t close = text.find(L'"', 1);
+    return close == std::wstring::npos ? text.substr(1) : text.substr(1, close - 1);
+  }
+  size_t cut = text.find(L" /");
+  const size_t dash = text.find(L" -");
+  if (dash < cut) cut = dash;
+  if (cut != std::wstring::npos) text.erase(cut);
+  while (!text.empty() && text.back() == L' ') text.pop_back();
+  return text;
+}
+
+}  // namespace
+
+int GetAppPath(const wchar_t* progId, wchar_t* path, int pathSize) {
+  if (path == nullptr || pathSize < kAppBufferSize) return 0;
+  path[0] = L'\0';
+  if (progId == nullptr || *progId == L'\0') return 0;
+
+  CLSID clsid;
+  if (FAILED(CLSIDFromProgID(progId, &clsid))) {
+    ShowError(L"Could not get CLSID from ProgID, Make sure ProgID is correct", L"Error");
+    return 0;
+  }
+  LPOLESTR clsidText = nullptr;
+  if (FAILED(StringFromCLSID(clsid, &clsidText)) || clsidText == nullptr) {
+    ShowError(L"Could not convert CLSID to String", L"Error");
+    return 0;
+  }
+  const CString clsidString(clsidText);
+  CoTaskMemFree(clsidText);
+
+  // The server keys of the class (64-bit view, then the 32-bit one), and the
+  // application's App Paths entry as the last source.
+  const wchar_t* const serverKeys[] = {L"CLSID\\%s\\LocalServer32", L"CLSID\\%s\\LocalServer",
+                                       L"Wow6432Node\\CLSID\\%s\\LocalServer32"};
+  HKEY key = nullptr;
+  for (const wchar_t* pattern : serverKeys) {
+    CString subKey;
+    subKey.Format(pattern, clsidString.GetString());
+    if (OpenKey(HKEY_CLASSES_ROOT, subKey, KEY_READ, key)) break;
+  }
+  if (key == nullptr) {
+    OpenKey(HKEY_LOCAL_MACHINE, L"Software\\Microsoft\\Windows\\CurrentVersion\\App Paths\\Excel.exe",
+            KEY_READ, key);
+  }
+  if (key == nullptr) {
+    ShowError(L"No LocalServer Key found!!", L"Error");
+    return 0;
+  }
+  std::wstring entry;
+  const bool read = ReadKeyString(key, nullptr, entry);
+  RegCloseKey(key);
+  if (!read) {
+    ShowError(L"Error trying to query for path", L"Error");
+    return 0;
+  }
+  return CopyOut(ExecutableOfServerEntry(entry), path, pathSize) ? 1 : 0;
+}
+
+int GetAppVersion(const wchar_t* progId, wchar_t* version, int versionSize) {
+  if (version == nullptr || versionSize < kAppBufferSize) return 0;
+  version[0] = L'\0';
+  if (progId == nullptr || *progId == L'\0') return 0;
+  HKEY key = nullptr;
+  if (!OpenKey(HKEY_CLASSES_ROOT, CString(progId) + L"\\CurVer", KEY_READ, key)) return 0;
+  std::wstring current;
+  const bool read = ReadKeyString(key, nullptr, current);
+  RegCloseKey(key);
+  // "Excel.Application.16": the version is what follows the last dot.
+  const size_t dot = current.rfind(L'.');
+  if (!read || dot == std::wstring::npos || LeadingNumber(current.c_str() + dot + 1) == 0) return 0;
+  return CopyOut(current.substr(dot + 1), version, versionSize) ? 1 : 0;
+}
+
+void WriteLog(CString path, const wchar_t* text) {
+  HANDLE file = CreateFileW(path, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                            OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return;
+  if (text != nullptr && *text != L'\0') {
+    // Text mode: a line end goes out as CR LF, in the system code page.
+    CString translated(text);
+    translated.Replace(L"\n", L"\r\n");
+    const int size = WideCharToMultiByte(CP_ACP, 0, translated.GetString(), translated.GetLength(), nullptr, 0,
+                                         nullptr, nullptr);
+    if (size > 0) {
+      std::string bytes(static_cast<size_t>(size), '\0');
+      WideCharToMultiByte(CP_ACP, 0, translated.GetString(), translated.GetLength(), &bytes[0], size, nullptr,
+                          nullptr);
+      DWORD written = 0;
+      WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+    }
+  }
+  CloseHandle(file);
+}
+
+int RunTextFile(CString path) {
+  wchar_t systemDirectory[1024];
+  const UINT length = GetSystemDirectoryW(systemDirectory, 1024);
+  if (length == 0 || length >= 1024) systemDirectory[0] = L'\0';
+  CString commandLine;
+  // The path goes unquoted: Notepad takes the whole rest of its command line.
+  commandLine.Format(L"%s\\notepad.exe %s", systemDirectory, path.GetString());
+  return StartCommandLine(commandLine);
+}
+
+int RunPDFFile(CString path) {
+  ShellExecuteW(nullptr, L"open", path, nullptr, L".", SW_SHOWMAXIMIZED);
+  return 1;
+}
+
+int RunHtmlFile(CString target) {
+  CString commandLine;
+  commandLine.Format(L"C:\\Program Files\\Internet Explorer\\IEXPLORE.exe %s", target.GetString());
+  if (StartCommandLine(commandLine)) return 1;
+  commandLine.Format(L"IEXPLORE.exe %s", target.GetString());
+  if (StartCommandLine(commandLine)) return 1;
+
+  HKEY key = nullptr;
+  std::wstring directory;
+  const bool found =
+      OpenKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\IEXPLORE.EXE",
+              0x2001F, key) &&
+      ReadKeyString(key, L"Path", directory);
+  if (key != nullptr) RegCloseKey(key);
+  if (!found) {
+    ShowError(L"[ERROR]Find Internet Explorer", L"ERROR");
+    return 0;
+  }
+  while (!directory.empty() && directory.back() == L';') directory.pop_back();
+  commandLine.Format(L"%s\\IEXPLORE.exe %s", directory.c_str(), target.GetString());
+  if (StartCommandLine(commandLine)) return 1;
+  ShowError(L"[ERROR]Execute Internet Explorer", L"ERROR");
+  return 0;
+}
+
+int RunExcelFile(CString path) {
+  std::wstring progId;
+  if (!WidenProgId(kSpreadsheetProgId, progId)) return 0;
+  wchar_t buffer[kAppBufferSize];
+  CString commandLine;
+  if (GetAppPath(progId.c_str(), buffer, kAppBufferSize)) {
+    commandLine.Format(L"%s \"%s\"", buffer, path.GetString());
+  } else if (GetAppVersion(progId.c_str(), buffer, kAppBufferSize)) {
+    commandLine.Format(L"C:\\Program Files\\Microsoft Office\\Office%s\\EXCEL.EXE \"%s\"", buffer,
+                       path.GetString());
+  } else {
+    return 0;
+  }
+  return StartCommandLine(commandLine);
+}
+
+#else
+// ===========================================================================
+// Other systems: programs on PATH, started without a shell
+// ===========================================================================
+namespace {
+
+// Library paths use "\"; addresses ("https://...", "mailto:...") go to the
+// opener as they are. A scheme has at least two letters, so "C:" is a path.
+std::string NativeTarget(const CString& target) {
+  const std::wstring& text = target.str();
+  size_t i = 0;
+  while (i < text.size() && ((text[i] >= L'a' && text[i] <= L'z') || (text[i] >= L'A' && text[i] <= L'Z') ||
+                             (i > 0 && ((text[i] >= L'0' && text[i] <= L'9') || text[i] == L'+' ||
+                                        text[i] == L'-' || text[i] == L'.')))) {
+    ++i;
+  }
+  if (i >= 2 && i < text.size() && text[i] == L':') return chartcore::WideToUtf8(text);
+  return chartcore::WideToUtf8(chartcore::ToNativePath(target).str());
+}
+
+bool IsExecutableFile(const std::string& path) {
+  struct stat info;
+  return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0;
+}
+
+// The full path of a program found on PATH, or empty. Empty PATH entries
+// (the current directory) are not searched.
+std::string FindOnPath(const std::string& name) {
+  if (name.empty()) return std::string();
+  if (name.find('/') != std::string::npos) return IsExecutableFile(name) ? name : std::string();
+  const char* pathVariable = std::getenv("PATH");
+  const std::string searchPath = pathVariable != nullptr ? pathVariable : "/usr/local/bin:/usr/bin:/bin";
+  size_t start = 0;
+  while (start <= searchPath.size()) {
+    size_t end = searchPath.find(':', start);
+    if (end == std::string::npos) end = searchPath.size();
+    if (end > start) {
+      std::string candidate = searchPath.substr(start, end - start);
+      if (candidate.back() != '/') candidate += '/';
+      candidate += name;
+      if (IsExecutableFile(candidate)) return candidate;
+    }
+    start = end + 1;
+  }
+  return std::string();
+}
+
+// argv in the form exec wants, built before any fork: after it only
+// async-signal-safe calls are allowed.
+class ArgumentVector {
+ public:
+  explicit ArgumentVector(const std::vector<std::string>& words) : m_words(words) {
+    for (std::string& w : m_words) m_pointers.push_back(&w[0]);
+    m_pointers.push_back(nullptr);
+  }
+  ArgumentVector(const ArgumentVector&) = delete;
+  ArgumentVector& operator=(const ArgumentVector&) = delete;
+  char* const* get() { return m_pointers.data(); }
+
+ private:
+  std::vector<std::string> m_words;
+  std::vector<char*> m_pointers;
+};
+
+// What the started program must not inherit from the host: blocked or
+// ignored signals, the host's terminal session, its input, and its open
+// descriptors. Runs in the forked child, so async-signal-safe calls only.
+void PrepareDetachedChild(const sigset_t& emptyMask) {
+  setsid();
+  struct sigaction defaultAction;
+  std::memset(&defaultAction, 0, sizeof defaultAction);
+  defaultAction.sa_handler = SIG_DFL;
+  for (int sig = 1; sig < NSIG; ++sig) sigaction(sig, &defaultAction, nullptr);
+  sigprocmask(SIG_SETMASK, &emptyMask, nullptr);
+  const int devNull = open("/dev/null", O_RDONLY);
+  if (devNull > 0) {
+    dup2(devNull, 0);
+    close(devNull);
+  }
+#if defined(SYS_close_range)
+  // Marks every other descriptor close-on-exec (kernels without it leave
+  // them as they are; the host's own are normally close-on-exec already).
+  syscall(SYS_close_range, 3u, ~0u, 4u /* CLOSE_RANGE_CLOEXEC */);
+#endif
+}
+
+bool WriteAll(int fd, const char* data, size_t size) {
+  while (size > 0) {
+    const ssize_t n = write(fd, data, size);
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    data += n;
+    size -= static_cast<size_t>(n);
+  }
+  return true;
+}
+
+// Starts program with its arguments and returns at once, true when the
+// program was executed. A double fork: the intermediate child exits right
+// after forking the program and is reaped here by its own pid, so the program
+// is adopted by init and never becomes our zombie, and no other child of the
+// host is waited for. Whether exec succeeded comes back through a
+// close-on-exec pipe: end of file means it did, an errno means it did not.
+bool StartDetached(const std::string& program, const std::vector<std::string>& arguments) {
+  if (program.empty()) return false;
+  std::vector<std::string> words;
+  words.push_back(program);
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  ArgumentVector argv(words);
+  const std::string file = program;
+  sigset_t emptyMask;
+  sigemptyset(&emptyMask);
+
+  int status[2];
+  if (pipe2(status, O_CLOEXEC) != 0) return false;
+  const pid_t intermediate = fork();
+  if (intermediate < 0) {
+    close(status[0]);
+    close(status[1]);
+    return false;
+  }
+  if (intermediate == 0) {
+    close(status[0]);
+    const pid_t viewer = fork();
+    if (viewer < 0) {
+      const int error = errno;
+      WriteAll(status[1], reinterpret_cast<const char*>(&error), sizeof error);
+      _exit(1);
+    }
+    if (viewer > 0) _exit(0);
+    PrepareDetachedChild(emptyMask);
+    execve(file.c_str(), argv.get(), environ);
+    const int error = errno;
+    WriteAll(status[1], reinterpret_cast<const char*>(&error), sizeof error);
+    _exit(127);
+  }
+
+  close(status[1]);
+  int childStatus = 0;
+  pid_t reaped;
+  do {
+    reaped = waitpid(intermediate, &childStatus, 0);
+  } while (reaped < 0 && errno == EINTR);
+  int error = 0;
+  ssize_t got;
+  do {
+    got = read(status[0], &error, sizeof error);
+  } while (got < 0 && errno == EINTR);
+  close(status[0]);
+  // A host that reaps every child itself may have taken the intermediate
+  // (ECHILD); the pipe alone then tells.
+  const bool intermediateOk = reaped != intermediate || (WIFEXITED(childStatus) && WEXITSTATUS(childStatus) == 0);
+  return got == 0 && intermediateOk;
+}
+
+// The desktop's openers of a file or address with its default application,
+// in order of preference, with the words that come before the target.
+struct Opener {
+  const char* program;
+  const char* verb;
+};
+const Opener kOpeners[] = {{"xdg-open", nullptr}, {"gio", "open"},       {"kde-open5", nullptr},
+                           {"kde-open", nullptr}, {"gnome-open", nullptr}, {"exo-open", nullptr}};
+
+bool OpenWithDefaultApplication(const std::string& target) {
+  for (const Opener& opener : kOpeners) {
+    const std::string program = FindOnPath(opener.program);
+    if (program.empty()) continue;
+    std::vector<std::string> arguments;
+    if (opener.verb != nullptr) arguments.push_back(opener.verb);
+    arguments.push_back(target);
+    if (StartDetached(program, arguments)) return true;
+  }
+  return false;
+}
+
+const char* const kBrowsers[] = {"x-www-browser", "sensible-browser", "firefox", "firefox-esr",
+                                 "chromium", "google-chrome", "epiphany"};
+
+bool StartBrowserOnPath(const std::string& target) {
+  for (const char* name : kBrowsers) {
+    const std::string program = FindOnPath(name);
+    if (!program.empty() && StartDetached(program, {target})) return true;
+  }
+  return false;
+}
+
+// One command of the BROWSER list: words split at blanks, "%s" replaced by
+// the target ("%%" is a percent sign); without "%s" the target is appended.
+bool StartBrowserCommand(const std::string& command, const std::string& target) {
+  std::vector<std::string> words;
+  bool placed = false;
+  size_t start = 0;
+  while (start < command.size()) {
+    while (start < command.size() && command[start] == ' ') ++start;
+    if (start >= command.size()) break;
+    size_t end = command.find(' ', start);
+    if (end == std::string::npos) end = command.size();
+    const std::string word = command.substr(start, end - start);
+    std::string expanded;
+    for (size_t i = 0; i < word.size(); ++i) {
+      if (word[i] == '%' && i + 1 < word.size() && word[i + 1] == 's') {
+        expanded += target;
+        placed = true;
+        ++i;
+      } else if (word[i] == '%' && i + 1 < word.size() && word[i + 1] == '%') {
+        expanded += '%';
+        ++i;
+      } else {
+        expanded += word[i];
+      }
+    }
+    words.push_back(expanded);
+    start = end;
+  }
+  if (words.empty()) return false;
+  if (!placed) words.push_back(target);
+  const std::string program = FindOnPath(words.front());
+  words.erase(words.begin());
+  return StartDetached(program, words);
+}
+
+// Runs a program to read what it prints, waiting at most timeoutMs, and
+// keeps at most maxBytes of its standard output.
+bool RunAndCapture(const std::string& program, const std::vector<std::string>& arguments, std::string& output,
+                   int timeoutMs, size_t maxBytes) {
+  output.clear();
+  std::vector<std::string> words;
+  words.push_back(program);
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  ArgumentVector argv(words);
+
+  int out[2];
+  if (pipe2(out, O_CLOEXEC) != 0) return false;
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, out[1], 1);
+  posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+  pid_t pid = 0;
+  const int spawned = posix_spawn(&pid, program.c_str(), &actions, nullptr, argv.get(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  close(out[1]);
+  if (spawned != 0) {
+    close(out[0]);
+    return false;
+  }
+
+  timespec begin;
+  clock_gettime(CLOCK_MONOTONIC, &begin);
+  bool finished = false;
+  char chunk[4096];
+  for (;;) {
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    const long long elapsed = (now.tv_sec - begin.tv_sec) * 1000LL + (now.tv_nsec - begin.tv_nsec) / 1000000;
+    if (elapsed >= timeoutMs) break;
+    pollfd watch{out[0], POLLIN, 0};
+    const int ready = poll(&watch, 1, static_cast<int>(timeoutMs - elapsed));
+    if (ready < 0 && errno == EINTR) continue;
+    if (ready <= 0) break;
+    const ssize_t n = read(out[0], chunk, sizeof chunk);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) {
+      finished = true;
+      break;
+    }
+    if (output.size() < maxBytes) output.append(chunk, std::min(static_cast<size_t>(n), maxBytes - output.size()));
+  }
+  close(out[0]);
+  if (!finished) kill(pid, SIGKILL);
+  int status = 0;
+  while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+  }
+  return finished;
+}
+
+// The spreadsheet program that stands for the automation ProgID: the name is
+// matched without case as the registry matches it, and a version suffix
+// ("Excel.Application.16") names the same application.
+bool IsSpreadsheetProgId(const wchar_t* progId) {
+  CString name(progId);
+  const CString base(L"excel.application");
+  name.MakeLower();
+  if (name.Left(base.GetLength()) != base) return false;
+  if (name.GetLength() == base.GetLength()) return true;
+  if (name[base.GetLength()] != L'.' || name.GetLength() == base.GetLength() + 1) return false;
+  for (int i = base.GetLength() + 1; i < name.GetLength(); ++i) {
+    if (name[i] < L'0' || name[i] > L'9') return false;
+  }
+  return true;
+}
+
+std::string FindSpreadsheetProgram() {
+  for (const char* name : {"localc", "libreoffice", "soffice"}) {
+    std::string program = FindOnPath(name);
+    if (!program.empty()) return program;
+  }
+  return std::string();
+}
+
+// The major version in what a program prints for --version: the first number
+// followed by a dot ("LibreOffice 7.4.7.2 40(Build:2)" gives "7"), else the
+// first number at all.
+std::wstring MajorVersionOf(const std::string& printed) {
+  std::string firstNumber;
+  for (size_t i = 0; i < printed.size();) {
+    if (printed[i] < '0' || printed[i] > '9') {
+      ++i;
+      continue;
+    }
+    size_t end = i;
+    while (end < printed.size() && printed[end] >= '0' && printed[end] <= '9') ++end;
+    const std::string number = printed.substr(i, end - i);
+    if (end < printed.size() && printed[end] == '.' && end + 1 < printed.size() && printed[end + 1] >= '0' &&
+        printed[end + 1] <= '9') {
+      return chartcore::Utf8ToWide(number);
+    }
+    if (firstNumber.empty()) firstNumber = number;
+    i = end;
+  }
+  return chartcore::Utf8ToWide(firstNumber);
+}
+
+}  // namespace
+
+int GetAppPath(const wchar_t* progId, wchar_t* path, int pathSize) {
+  if (path == nullptr || pathSize < kAppBufferSize) return 0;
+  path[0] = L'\0';
+  if (progId == nullptr || !IsSpreadsheetProgId(progId)) return 0;
+  const std::string program = FindSpreadsheetProgram();
+  if (program.empty()) return 0;
+  return CopyOut(chartcore::Utf8ToWide(program), path, pathSize) ? 1 : 0;
+}
+
+int GetAppVersion(const wchar_t* progId, wchar_t* version, int versionSize) {
+  if (version == nullptr || versionSize < kAppBufferSize) return 0;
+  version[0] = L'\0';
+  if (progId == nullptr || !IsSpreadsheetProgId(progId)) return 0;
+  const std::string program = FindSpreadsheetProgram();
+  std::string printed;
+  // A first start of an office suite may take a while to set up its profile.
+  if (program.empty() || !RunAndCapture(program, {"--version"}, printed, 20000, 4096)) return 0;
+  const std::wstring major = MajorVersionOf(printed);
+  if (LeadingNumber(major.c_str()) == 0) return 0;
+  return CopyOut(major, version, versionSize) ? 1 : 0;
+}
+
+void WriteLog(CString path, const wchar_t* text) {
+  const std::string native = chartcore::WideToUtf8(chartcore::ToNativePath(path).str());
+  // O_APPEND moves every write to the end atomically, so two processes
+  // appending to one log never overwrite each other.
+  const int fd = open(native.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+  if (fd < 0) return;
+  if (text != nullptr && *text != L'\0') {
+    const std::string bytes = chartcore::WideToUtf8(text, std::wcslen(text));
+    WriteAll(fd, bytes.data(), bytes.size());
+  }
+  close(fd);
+}
+
+int RunTextFile(CString path) { return OpenWithDefaultApplication(NativeTarget(path)) ? 1 : 0; }
+
+int RunPDFFile(CString path) {
+  OpenWithDefaultApplication(NativeTarget(path));
+  return 1;
+}
+
+int RunHtmlFile(CString target) {
+  const std::string page = NativeTarget(target);
+  if (OpenWithDefaultApplication(page)) return 1;
+  if (StartBrowserOnPath(page)) return 1;
+
+  const char* registered = std::getenv("BROWSER");
+  std::string commands = registered != nullptr ? registered : "";
+  while (!commands.empty() && (commands.back() == ';' || commands.back() == ':')) commands.pop_back();
+  if (commands.empty()) {
+    ShowError(L"[ERROR]Find Internet Explorer", L"ERROR");
+    return 0;
+  }
+  size_t start = 0;
+  while (start <= commands.size()) {
+    size_t end = commands.find(':', start);
+    if (end == std::string::npos) end = commands.size();
+    if (end > start && StartBrowserCommand(commands.substr(start, end - start), page)) return 1;
+    start = end + 1;
+  }
+  ShowError(L"[ERROR]Execute Internet Explorer", L"ERROR");
+  return 0;
+}
+
+int RunExcelFile(CString path) {
+  std::wstring progId;
+  if (!WidenProgId(kSpreadsheetProgId, progId)) return 0;
+  wchar_t application[kAppBufferSize];
+  const std::string file = NativeTarget(path);
+  if (GetAppPath(progId.c_str(), application, kAppBufferSize)) {
+    return StartDetached(chartcore::WideToUtf8(std::wstring(application)), {file}) ? 1 : 0;
+  }
+  return OpenWithDefaultApplication(file) ? 1 : 0;
+}
+
+#endif
+
+int GetExcelAppVersion() {
+  std::wstring progId = chartcore::Utf8ToWide(kSpreadsheetProgId, std::strlen(kSpreadsheetProgId));
+  wchar_t version[kAppBufferSize];
+  if (!GetAppVersion(progId.c_str(), version, kAppBufferSize)) return 0;
+  return LeadingNumber(version);
+}
