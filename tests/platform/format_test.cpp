@@ -80,10 +80,12 @@ TEST(FormatStrings, WideNarrowAndZeroPadding) {
   EXPECT_EQ(F(L"%.1S|%.1S", "\xED\x95\x9C\xEA\xB8\x80", "\xC7\xD1\xB1\xDB"), L"\xD55C|\xD55C");
   // Characters: %c wide, %C and %hc narrow, %lc wide; a lone high byte prints nothing.
   EXPECT_EQ(F(L"%c%C%hc%lc%3c", L'\xD55C', 'a', 'b', L'c', L'd'), L"\xD55C" L"abc  d");
-  EXPECT_EQ(F(L"[%3C]", 0xB0), L"[]");
+  EXPECT_EQ(F(L"[%3C]", 0xB0), L"[  \xB0]");  // a lone high byte is the code point of its value
   EXPECT_EQ(F(L"%c", 0).GetLength(), 1);  // a NUL character is still written
-  // %% and unknown conversions print the character; a trailing % prints nothing.
-  EXPECT_EQ(F(L"100%% %y %5% %Iq end%"), L"100% y % Iq end");
+  EXPECT_EQ(F(L"[%.0c][%3.c][%03.0C][%.5c]", L'a', L'b', 'c', L'd'), L"[][   ][000][d]");  // precision 0: no character
+  // %% and unknown conversions print the character; a % closing a longer
+  // specification and a trailing % print nothing.
+  EXPECT_EQ(F(L"100%% %y %5% %-.2l% %Iq %5y end%"), L"100% y   Iq y end");
   // %n is refused: nothing printed, nothing stored, its argument skipped.
   int stored = 77;
   EXPECT_EQ(F(L"a%nb%d", &stored, 5), L"ab5");
@@ -105,14 +107,20 @@ TEST(FormatIntegers, SizesFlagsAndPrecision) {
   EXPECT_EQ(F(L"%lld", LLONG_MIN), L"-9223372036854775808");
   // Flags: + and space on signed only, # gives 0x (not for zero) and a leading octal 0.
   EXPECT_EQ(F(L"%+d|% d|%+u|%#x|%#X|%#x|%#o|%#o", 5, 5, 5u, 255, 255, 0, 8, 0), L"+5| 5|5|0xff|0XFF|0|010|0");
-  // Width, zero padding after the sign, precision as minimum digits (turns off 0).
-  EXPECT_EQ(F(L"[%5d][%-5d][%05d][%05.3d][%.0d][%.3d]", -42, -42, -42, -42, 0, 7),
-            L"[  -42][-42  ][-0042][ -042][][007]");
+  // Width, zero padding after the sign, precision as minimum digits; unlike C
+  // the 0 flag still pads to the width when a precision is given.
+  EXPECT_EQ(F(L"[%5d][%-5d][%05d][%05.3d][%.0d][%.3d][%8.3d][%-08.3d]", -42, -42, -42, -42, 0, 7, 5, 5),
+            L"[  -42][-42  ][-0042][-0042][][007][     005][005     ]");
+  EXPECT_EQ(F(L"[%5.0d][%+.0d][%#.0o][%#.3o][%#5o]", 0, 0, 0, 8, 8), L"[     ][+][][010][  010]");
+  EXPECT_EQ(F(L"%.30d", 5).GetLength(), 30);
+  EXPECT_EQ(F(L"%.1000x", 255).Right(3), L"0ff");  // no cap on the precision
   EXPECT_EQ(F(L"[%#06x][%*d][%0*d]", 10, 4, 1, 3, 7), L"[0x000a][   1][007]");
-  // %p: pointer-sized, upper case, zero-filled.
+  // %p: pointer-sized, upper case, zero-filled digits, blank padding only.
   const std::wstring p = F(L"%p", reinterpret_cast<void*>(0xAB)).GetString();
   EXPECT_EQ(p.size(), 2 * sizeof(void*));
   EXPECT_EQ(p.substr(p.size() - 3), L"0AB");
+  EXPECT_EQ(F(L"%020p", reinterpret_cast<void*>(1)).Left(static_cast<int>(20 - 2 * sizeof(void*))),
+            CString(L' ', static_cast<int>(20 - 2 * sizeof(void*))));
   // No grouping: a ' flag is not a flag, so it prints as an unknown conversion.
   EXPECT_EQ(F(L"%d", 1234567), L"1234567");
 }
@@ -168,7 +176,8 @@ TEST(FormatFloats, ExponentAndGeneralForms) {
   // %g picks the shorter form and drops trailing zeros unless #.
   EXPECT_EQ(F(L"%g|%g|%g|%g|%G", 100000.0, 1000000.0, 0.0001, 0.00001, 1e-20),
             L"100000|1e+006|0.0001|1e-005|1E-020");
-  EXPECT_EQ(F(L"%g|%.3g|%#g|%.0g|%g", 2.5, 3.14159, 1.0, 2.5, 0.0), L"2.5|3.14|1.00000|3|0");
+  EXPECT_EQ(F(L"%g|%.3g|%#g|%.0g|%g|%#g", 2.5, 3.14159, 1.0, 2.5, 0.0, 0.0), L"2.5|3.14|1.00000|3|0|0.00000");
+  EXPECT_EQ(F(L"%#.0g|%#.1g|%#.2g", 1.0, 1.0, 1.0), L"1.|1.|1.0");  // # keeps the point in %g
   EXPECT_EQ(F(L"%.2g|%.2g", 0.125, 99.5), L"0.13|1e+002");  // ties away; rounding can switch to e
   // Hexadecimal floating point.
   EXPECT_EQ(F(L"%a|%A|%.1a|%a", 1.0, 3.0, 1.96875, 0.0), L"0x1.0000000000000p+0|0X1.8000000000000P+1|0x2.0p+0|0x0.0000000000000p+0");
@@ -180,10 +189,18 @@ TEST(FormatFloats, InfinitiesAndNaNsAsTheOldRuntime) {
   const double qnan = FromBits(0x7FF8000000000000ULL);
   const double ind = FromBits(0xFFF8000000000000ULL);  // what 0.0/0.0 gives on x86
   const double snan = FromBits(0x7FF0000000000001ULL);
-  EXPECT_EQ(F(L"%f|%f|%f|%f|%f", inf, -inf, qnan, ind, snan), L"1.#INF00|-1.#INF00|1.#QNAN0|-1.#IND00|1.#SNAN0");
+  const double negativePayload = FromBits(0xFFF8000000000001ULL);
+  // Every negative NaN is the indefinite one; signalling NaNs print as quiet.
+  EXPECT_EQ(F(L"%f|%f|%f|%f|%f|%f", inf, -inf, qnan, ind, snan, negativePayload),
+            L"1.#INF00|-1.#INF00|1.#QNAN0|-1.#IND00|1.#QNAN0|-1.#IND00");
   // The pseudo-digits round like digits: "1#I" + 'N' >= '5' gives "1#J".
   EXPECT_EQ(F(L"%.2f|%.0f|%.1f|%.3f|%.4f|%.3f", inf, inf, inf, inf, inf, qnan), L"1.#J|1|1.$|1.#IO|1.#INF|1.#QO");
-  EXPECT_EQ(F(L"%e|%.2e|%g|%g|%G", inf, inf, inf, FromBits(0xFFF8000000000001ULL), ind), L"1.#INF00e+000|1.#Je+000|1.#INF|-1.#QNAN|-1.#IND");
+  EXPECT_EQ(F(L"%e|%.2e|%g|%g|%G", inf, inf, inf, qnan, ind), L"1.#INF00e+000|1.#Je+000|1.#INF|1.#QNAN|-1.#IND");
+  // %g counts significant digits of "1#INF"; without a precision (or with 0)
+  // it prints the text whole; # keeps zeros but never adds a point.
+  EXPECT_EQ(F(L"%.1g|%.3g|%.0g|%.9g|%#.7g|%#.1g", inf, inf, inf, inf, inf, inf), L"1|1.#J|1.#INF|1.#INF|1.#INF00|1");
+  EXPECT_EQ(F(L"%#.0f|%#.0e|%.5f", inf, inf, qnan), L"1|1e+000|1.#QNAN");
+  EXPECT_EQ(F(L"%a|%.1A|%.0a", inf, qnan, -inf), L"0x1.#INF000000000p+0|0X1.$P+0|-0x1p+0");
   EXPECT_EQ(F(L"[%10f][%-10.2f][%010f][%+f]", inf, -inf, inf, qnan), L"[  1.#INF00][-1.#J     ][001.#INF00][+1.#QNAN0]");
 }
 
@@ -228,5 +245,10 @@ TEST(FormatCString, FormatAppendAndAliasing) {
   EXPECT_EQ(s, L"3");
   // Long output beyond any fixed buffer.
   s.Format(L"%3000d|%.600f", 1, 1.0);
-  EXPECT_EQ(s.GetLength(), 3000 + 1 + 2 + 512);  // precision is capped at 512
+  EXPECT_EQ(s.GetLength(), 3000 + 1 + 2 + 600);
+  // Precision beyond the exact digits of a double pads with zeros.
+  s.Format(L"%.1200f|%.900e|%#.1200g", 0.1, 1.0, 0.5);
+  EXPECT_EQ(s.Left(22), L"0.10000000000000000555");
+  EXPECT_EQ(s.GetLength(), (2 + 1200) + 1 + (2 + 900 + 5) + 1 + (2 + 1200));
+  EXPECT_EQ(s.Right(6), L"000000");
 }

@@ -135,8 +135,9 @@ enum : unsigned {
   kLongDouble = 1u << 10  // L
 };
 
-// The runtime caps numeric precision here; larger requests print this many.
-constexpr int kMaxPrecision = 512;
+// Digits a double can have: 767 significant, 1074 after the point. Beyond
+// this many decimals every digit is 0 and is written as padding instead.
+constexpr int kExactDecimals = 1100;
 
 struct Spec {
   unsigned flags = 0;
@@ -144,18 +145,24 @@ struct Spec {
   int precision = -1;  // -1: none given
 };
 
-// Writes one field: pads to the width around prefix (sign, "0x") and text.
-// The 0 flag pads every conversion with zeros, strings included, and loses to
-// the - flag.
+// Writes one field: prefix (sign, "0x"), zerosBefore (an integer's
+// precision), text, zerosAfter (decimals beyond the exact digits) and suffix
+// (an exponent), padded to the width. The 0 flag pads every conversion with
+// zeros after the prefix, strings included, and loses to the - flag.
 template <class Sink, class Ch>
-void EmitField(Sink& sink, const Spec& spec, const char* prefix, size_t prefixLen, const Ch* text, size_t textLen) {
-  const size_t used = prefixLen + textLen;
-  const size_t width = spec.width > 0 ? static_cast<size_t>(spec.width) : 0;
-  const size_t padding = width > used ? width - used : 0;
+void EmitField(Sink& sink, const Spec& spec, const char* prefix, size_t prefixLen, size_t zerosBefore,
+               const Ch* text, size_t textLen, size_t zerosAfter = 0, const char* suffix = nullptr,
+               size_t suffixLen = 0) {
+  const std::uint64_t used = std::uint64_t{prefixLen} + zerosBefore + textLen + zerosAfter + suffixLen;
+  const std::uint64_t width = spec.width > 0 ? static_cast<std::uint64_t>(spec.width) : 0;
+  const size_t padding = width > used ? static_cast<size_t>(width - used) : 0;
   if (!(spec.flags & (kLeft | kZero))) sink.Fill(L' ', padding);
   if (prefixLen) sink.Write(prefix, prefixLen);
   if ((spec.flags & (kZero | kLeft)) == kZero) sink.Fill(L'0', padding);
+  sink.Fill(L'0', zerosBefore);
   sink.Write(text, textLen);
+  sink.Fill(L'0', zerosAfter);
+  if (suffixLen) sink.Write(suffix, suffixLen);
   if (spec.flags & kLeft) sink.Fill(L' ', padding);
 }
 
@@ -202,38 +209,35 @@ std::uint64_t ReadInteger(ArgList& args, unsigned flags, bool isSigned, bool& ne
   return va_arg(args.ap, unsigned int);
 }
 
+// An explicit precision is a minimum count of digits; unlike C, the runtime
+// keeps zero padding to the width with it ("%08.3d" of 5 is "00000005").
 template <class Sink>
-void FormatInteger(Sink& sink, Spec spec, std::uint64_t number, bool negative, bool isSigned, unsigned radix,
+void FormatInteger(Sink& sink, const Spec& spec, std::uint64_t number, bool negative, bool isSigned, unsigned radix,
                    bool upper) {
   char prefix[2];
   size_t prefixLen = 0;
-  int precision = spec.precision;
-  if (precision < 0) {
-    precision = 1;
-  } else {
-    spec.flags &= ~kZero;  // an explicit precision turns off zero padding
-    if (precision > kMaxPrecision) precision = kMaxPrecision;
-  }
   if (radix == 16 && (spec.flags & kAlt) && number != 0) {
     prefix[0] = '0';
     prefix[1] = upper ? 'X' : 'x';
     prefixLen = 2;
   }
-  char buf[kMaxPrecision + 32];
+  char buf[32];
   char* end = buf + sizeof(buf);
   char* text = end;
   const char* digits = upper ? "0123456789ABCDEF" : "0123456789abcdef";
-  while (precision-- > 0 || number != 0) {
-    *--text = digits[number % radix];
-    number /= radix;
-  }
-  if (radix == 8 && (spec.flags & kAlt) && (text == end || *text != '0')) *--text = '0';
+  for (; number != 0; number /= radix) *--text = digits[number % radix];
+  const size_t count = static_cast<size_t>(end - text);
+  const size_t precision = spec.precision < 0 ? 1 : static_cast<size_t>(spec.precision);
+  const size_t zeros = precision > count ? precision - count : 0;
+  // # gives octal a leading 0 unless the digits already start with one; a
+  // zero printed with precision 0 has no digits and gets none.
+  if (radix == 8 && (spec.flags & kAlt) && zeros == 0 && count > 0) *--text = '0';
   if (isSigned) {
     if (negative) prefix[prefixLen++] = '-';
     else if (spec.flags & kPlus) prefix[prefixLen++] = '+';
     else if (spec.flags & kSpace) prefix[prefixLen++] = ' ';
   }
-  EmitField(sink, spec, prefix, prefixLen, text, static_cast<size_t>(end - text));
+  EmitField(sink, spec, prefix, prefixLen, zeros, text, static_cast<size_t>(end - text));
 }
 
 // ---------------------------------------------------------------------------
@@ -407,22 +411,21 @@ size_t GeneralText(Decimal& dec, int precision, bool alt, bool caps, char* out) 
 }
 
 // Hexadecimal floating point: "0x1.8000000000000p+1" for 3.0 (13 hex digits by
-// default, exponent in decimal without padding).
-size_t HexText(double mag, int precision, bool alt, bool caps, char* out) {
+// default, exponent in decimal without padding). Shows `shown` (at most 13)
+// hex digits, rounding the rest half away from zero.
+size_t HexText(double mag, int shown, bool point, bool caps, char* out) {
   const std::uint64_t b = Bits(mag);
   const int biased = static_cast<int>((b >> 52) & 0x7FF);
   std::uint64_t frac = b & ((std::uint64_t{1} << 52) - 1);
   unsigned lead = biased == 0 ? 0 : 1;
   int exp = biased == 0 ? (frac == 0 ? 0 : -1022) : biased - 1023;
-  if (precision < 0) precision = 13;
-  int shown = precision < 13 ? precision : 13;
   if (shown < 13) {
     const int shift = 4 * (13 - shown);
     const std::uint64_t rest = frac & ((std::uint64_t{1} << shift) - 1);
     frac >>= shift;
     if (rest >= (std::uint64_t{1} << (shift - 1))) {
       ++frac;
-      if (shown == 0 || frac >> (4 * shown)) {
+      if (frac >> (4 * shown)) {  // carried into the leading digit
         frac = 0;
         ++lead;
       }
@@ -433,9 +436,8 @@ size_t HexText(double mag, int precision, bool alt, bool caps, char* out) {
   *p++ = '0';
   *p++ = caps ? 'X' : 'x';
   *p++ = digits[lead];
-  if (precision > 0 || alt) *p++ = '.';
+  if (point) *p++ = '.';
   for (int i = shown - 1; i >= 0; --i) *p++ = digits[(frac >> (4 * i)) & 0xF];
-  for (int i = shown; i < precision; ++i) *p++ = '0';
   *p++ = caps ? 'P' : 'p';
   *p++ = exp < 0 ? '-' : '+';
   if (exp < 0) exp = -exp;
@@ -449,16 +451,12 @@ size_t HexText(double mag, int precision, bool alt, bool caps, char* out) {
   return static_cast<size_t>(p - out);
 }
 
-// Pseudo-digits of the old runtime for values without digits.
+// Pseudo-digits of the old runtime for values without digits: every negative
+// NaN is the "indefinite" of x86 arithmetic, every other NaN a quiet one.
 const char* SpecialDigits(double v) {
   const std::uint64_t b = Bits(v);
-  const std::uint64_t mant = b & ((std::uint64_t{1} << 52) - 1);
-  if (mant == 0) return "1#INF";
-  const bool negative = (b >> 63) != 0;
-  const bool quiet = (mant >> 51) & 1;
-  // The default NaN of x86 arithmetic (0/0): negative, quiet, empty payload.
-  if (negative && mant == (std::uint64_t{1} << 51)) return "1#IND";
-  return quiet ? "1#QNAN" : "1#SNAN";
+  if ((b & ((std::uint64_t{1} << 52) - 1)) == 0) return "1#INF";
+  return (b >> 63) ? "1#IND" : "1#QNAN";
 }
 
 // Inserts the point a # flag forces when there are no decimals, before any
@@ -473,73 +471,121 @@ size_t ForceDecimalPoint(char* text, size_t len) {
   return len + 1;
 }
 
-// Renders a double for conversion `type` (lower case e f g a; caps for the
-// upper-case forms) into out, with a leading '-' for negative values (and
-// negative zero, as the runtime prints it).
-size_t FloatText(double v, wchar_t type, int precision, unsigned flags, bool caps, char* out) {
-  const bool negative = (Bits(v) >> 63) != 0;
-  const bool finite = std::isfinite(v);
-  if (precision < 0) {
-    precision = type == L'a' ? -1 : 6;
-  } else if (precision == 0 && type == L'g') {
-    precision = 1;
-  } else if (precision > kMaxPrecision) {
-    precision = kMaxPrecision;
-  }
+// A rendered number: text[0..suffixAt) is the mantissa (with a leading '-'
+// for negative values, negative zero included), then zerosAfter zeros, then
+// text[suffixAt..len), the exponent if any.
+struct FloatText {
+  char text[1600];
   size_t len = 0;
+  size_t suffixAt = 0;
+  size_t zerosAfter = 0;
+};
+
+// Infinities and NaNs: "1.#INF" and its kin with the decimals padded with
+// zeros or rounded digit by digit; %g without a precision (or with 0) prints
+// the text as it is, and # never adds a point.
+void RenderSpecial(double v, wchar_t type, int precision, bool alt, bool caps, FloatText& out) {
+  Decimal dec;
+  SpecialDecimal(SpecialDigits(v), dec);
+  int decimals;
+  if (type == L'g') decimals = precision <= 0 ? dec.n - 1 : precision - 1;
+  else if (precision >= 0) decimals = precision;
+  else decimals = type == L'a' ? 13 : 6;
+  const int shown = decimals < kExactDecimals ? decimals : kExactDecimals;
+  char* p = out.text;
+  if (Bits(v) >> 63) *p++ = '-';
+  if (type == L'a') {
+    *p++ = '0';
+    *p++ = caps ? 'X' : 'x';
+  }
+  p += FixedText(dec, shown, p);
+  out.len = static_cast<size_t>(p - out.text);
+  out.zerosAfter = static_cast<size_t>(decimals - shown);
+  if (type == L'g' && !alt) {
+    out.len = CropZeros(out.text, out.len);
+    out.zerosAfter = 0;
+  }
+  out.suffixAt = out.len;
+  const char* suffix = type == L'e' ? (caps ? "E+000" : "e+000") : type == L'a' ? (caps ? "P+0" : "p+0") : "";
+  std::memcpy(out.text + out.len, suffix, std::strlen(suffix));
+  out.len += std::strlen(suffix);
+}
+
+// Renders a double for conversion `type` (lower case e f g a; caps for the
+// upper-case forms).
+void RenderFloat(double v, wchar_t type, int precision, unsigned flags, bool caps, FloatText& out) {
+  const bool alt = (flags & kAlt) != 0;
+  if (!std::isfinite(v)) {
+    RenderSpecial(v, type, precision, alt, caps, out);
+    return;
+  }
+  int wanted = precision;
+  if (wanted < 0) wanted = type == L'a' ? 13 : 6;
+  else if (wanted == 0 && type == L'g') wanted = 1;
+  const int limit = type == L'a' ? 13 : kExactDecimals;
+  const int shown = wanted < limit ? wanted : limit;
+  const bool negative = (Bits(v) >> 63) != 0;
+  char* p = out.text;
   // Common case: when the value is not exactly halfway at this precision,
-  // the correctly rounded shortest path is already the runtime's result.
-  if (type == L'f' && finite && FractionalBits(v) != precision + 1) {
-    const auto res = std::to_chars(out, out + 1200, v, std::chars_format::fixed, precision);
-    len = static_cast<size_t>(res.ptr - out);
+  // the correctly rounded conversion is already the runtime's result.
+  if (type == L'f' && FractionalBits(v) != shown + 1) {
+    p = std::to_chars(p, out.text + sizeof out.text - 1, v, std::chars_format::fixed, shown).ptr;
   } else {
-    char* p = out;
     if (negative) *p++ = '-';
     const double mag = negative ? -v : v;
-    if (type == L'a' && finite) {
-      p += HexText(mag, precision, (flags & kAlt) != 0, caps, p);
+    if (type == L'a') {
+      p += HexText(mag, shown, wanted > 0 || alt, caps, p);
     } else {
       Decimal dec;
-      if (finite) ExactDecimal(mag, dec);
-      else SpecialDecimal(SpecialDigits(v), dec);
-      switch (type) {
-        case L'f': p += FixedText(dec, precision, p); break;
-        case L'e': p += ExponentText(dec, precision, caps, p); break;
-        case L'g': p += GeneralText(dec, precision, (flags & kAlt) != 0, caps, p); break;
-        default: {  // 'a' of infinities and NaNs: the exponent form with p+0
-          const int ndec = precision < 0 ? 13 : precision;
-          const size_t n = ExponentText(dec, ndec, caps, p);
-          p += n - 5;
-          *p++ = caps ? 'P' : 'p';
-          *p++ = '+';
-          *p++ = '0';
-          break;
-        }
-      }
+      ExactDecimal(mag, dec);
+      if (type == L'f') p += FixedText(dec, shown, p);
+      else if (type == L'e') p += ExponentText(dec, shown, caps, p);
+      else p += GeneralText(dec, shown, alt, caps, p);
     }
-    len = static_cast<size_t>(p - out);
   }
-  if ((flags & kAlt) && precision == 0) len = ForceDecimalPoint(out, len);
-  return len;
+  out.len = static_cast<size_t>(p - out.text);
+  // # keeps the point: with no decimals asked for, and always for %g.
+  if (alt && (precision == 0 || type == L'g')) out.len = ForceDecimalPoint(out.text, out.len);
+  // The exponent starts at the last e or p (hex digits may contain e).
+  const char expChar = type == L'a' ? 'p' : 'e';
+  out.suffixAt = out.len;
+  for (size_t i = out.len; i-- > 0;) {
+    if (out.text[i] == expChar || out.text[i] == expChar - ('a' - 'A')) {
+      out.suffixAt = i;
+      break;
+    }
+  }
+  // Decimals beyond the exact digits are zeros; %g drops them unless #.
+  out.zerosAfter = (type != L'g' || alt) ? static_cast<size_t>(wanted - shown) : 0;
 }
 
 template <class Sink>
-void FormatFloat(Sink& sink, Spec spec, double v, wchar_t type, bool caps) {
-  char buf[1600];
-  size_t len = FloatText(v, type, spec.precision, spec.flags, caps, buf);
-  const char* text = buf;
-  char prefix[1];
+void FormatFloat(Sink& sink, const Spec& spec, double v, wchar_t type, bool caps) {
+  FloatText f;
+  RenderFloat(v, type, spec.precision, spec.flags, caps, f);
+  const char* text = f.text;
+  size_t len = f.len;
+  size_t suffixAt = f.suffixAt;
+  char prefix[3];
   size_t prefixLen = 0;
   if (text[0] == '-') {
     prefix[prefixLen++] = '-';
     ++text;
     --len;
+    --suffixAt;
   } else if (spec.flags & kPlus) {
     prefix[prefixLen++] = '+';
   } else if (spec.flags & kSpace) {
     prefix[prefixLen++] = ' ';
   }
-  EmitField(sink, spec, prefix, prefixLen, text, len);
+  if (type == L'a' && len >= 2 && text[0] == '0') {  // "0x" goes before zero padding, as in hex integers
+    prefix[prefixLen++] = text[0];
+    prefix[prefixLen++] = text[1];
+    text += 2;
+    len -= 2;
+    suffixAt -= 2;
+  }
+  EmitField(sink, spec, prefix, prefixLen, 0, text, suffixAt, f.zerosAfter, text + suffixAt, len - suffixAt);
 }
 
 // ---------------------------------------------------------------------------
@@ -581,26 +627,26 @@ void FormatNarrowString(Sink& sink, const Spec& spec, const char* s) {
   for (size_t i = 0; i < bytes && ascii; ++i) ascii = static_cast<unsigned char>(s[i]) < 0x80;
   size_t limit = spec.precision < 0 ? SIZE_MAX : static_cast<size_t>(spec.precision);
   if (ascii) {
-    EmitField(sink, spec, "", 0, s, bytes < limit ? bytes : limit);
+    EmitField(sink, spec, "", 0, 0, s, bytes < limit ? bytes : limit);
     return;
   }
   const std::wstring wide = BytesToWide(s, bytes, IsValidUtf8(s, bytes) ? kCodePageUtf8 : kCodePageCp949);
-  EmitField(sink, spec, "", 0, wide.data(), wide.size() < limit ? wide.size() : limit);
+  EmitField(sink, spec, "", 0, 0, wide.data(), wide.size() < limit ? wide.size() : limit);
 }
 
 template <class Sink>
 void FormatChar(Sink& sink, const Spec& spec, int value, bool narrow) {
   wchar_t ch;
   if (narrow) {
-    const unsigned char byte = static_cast<unsigned char>(value);
-    // A lone byte above 0x7F is no character in either narrow encoding; the
-    // runtime prints nothing for it, not even the padding.
-    if (byte >= 0x80) return;
-    ch = byte;
+    // One byte is one character; above 0x7F it is no character of either
+    // narrow encoding on its own, so it stands for the code point of its
+    // value, as the runtime's default locale reads it.
+    ch = static_cast<unsigned char>(value);
   } else {
     ch = static_cast<wchar_t>(value);
   }
-  EmitField(sink, spec, "", 0, &ch, 1);
+  // A precision of 0 prints no character, as for a string, but still pads.
+  EmitField(sink, spec, "", 0, 0, &ch, spec.precision == 0 ? 0 : 1);
 }
 
 // ---------------------------------------------------------------------------
@@ -616,6 +662,7 @@ void FormatImpl(Sink& sink, const wchar_t* format, ArgList& args) {
     if (p != literal) sink.Write(literal, static_cast<size_t>(p - literal));
     if (!*p) break;
     ++p;  // the '%'
+    const wchar_t* const specStart = p;
 
     Spec spec;
     for (;; ++p) {
@@ -719,6 +766,7 @@ void FormatImpl(Sink& sink, const wchar_t* format, ArgList& args) {
         break;
       case L'p': {
         spec.precision = 2 * static_cast<int>(sizeof(void*));
+        spec.flags &= ~kZero;  // a pointer is padded with blanks only
         const std::uintptr_t ptr = reinterpret_cast<std::uintptr_t>(va_arg(args.ap, void*));
         FormatInteger(sink, spec, ptr, false, false, 16, true);
         break;
@@ -739,7 +787,7 @@ void FormatImpl(Sink& sink, const wchar_t* format, ArgList& args) {
         } else {
           const wchar_t* s = va_arg(args.ap, const wchar_t*);
           if (!s) s = L"(null)";
-          EmitField(sink, spec, "", 0, s, BoundedWideLength(s, spec.precision));
+          EmitField(sink, spec, "", 0, 0, s, BoundedWideLength(s, spec.precision));
         }
         break;
       }
@@ -760,8 +808,13 @@ void FormatImpl(Sink& sink, const wchar_t* format, ArgList& args) {
       case L'n':
         (void)va_arg(args.ap, void*);  // refused: nothing is stored
         break;
+      case L'%':
+        // "%%" prints a percent sign; a '%' closing a specification with
+        // flags, width, precision or size ("%5%") prints nothing.
+        if (p - 1 == specStart) sink.Put(L'%');
+        break;
       default:
-        sink.Put(type);  // '%%' and unknown conversions print the character
+        sink.Put(type);  // an unknown conversion prints the character
         break;
     }
   }

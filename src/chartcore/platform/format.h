@@ -10,17 +10,6 @@
 //
 //   wchar_t buf[32];
 //   chartcore::FormatToBuffer(buf, 32, L"%.2f|%02s", 0.125, L"5");  // "0.13|05"
-//
-// Conversions: d i u o x X c C s S f e E g G a A p n %, flags - + space # 0,
-// width and precision as digits or *, and the length modifiers h l ll I I32
-// I64 z j t L w. Narrow text (%S, %hs, %C, %hc) is read as UTF-8 when the
-// bytes are valid UTF-8 and as code page 949 otherwise (plain ASCII is both).
-// Infinities and NaNs print as "1.#INF00", "-1.#INF00", "1.#QNAN0",
-// "1.#SNAN0" and "-1.#IND00" (the default NaN of x86 arithmetic), rounded to
-// the precision digit by digit as the old runtime did ("%.2f" of an infinity
-// gives "1.#J"). %n writes nothing and stores nothing (its argument is
-// skipped), as in the secure runtime. An unknown conversion character is
-// printed as it stands ("%y" gives "y").
 #ifndef CHARTCORE_PLATFORM_FORMAT_H_
 #define CHARTCORE_PLATFORM_FORMAT_H_
 
@@ -31,6 +20,32 @@
 #include "chartcore/platform/types.h"
 
 namespace chartcore {
+
+// ---------------------------------------------------------------------------
+// The rules
+// ---------------------------------------------------------------------------
+// Conversions: d i u o x X c C s S f e E g G a A p n %, flags - + space # 0,
+// width and precision as digits or *, and the length modifiers h l ll I I32
+// I64 z j t L w (N and F are accepted and ignored). The runtime's details:
+// - the 0 flag pads to the width even with a precision ("%08.3d" of 5 gives
+//   "00000005"), except for %p; a precision of 0 prints no digit for a zero
+//   and no character for %c; there is no limit on the precision;
+// - # gives hex a 0x prefix (not for zero), octal a leading 0 (not for a
+//   zero printed without digits) and %g a point that always stays;
+// - infinities and NaNs print as "1.#INF00", "-1.#INF00", "1.#QNAN0" and
+//   "-1.#IND00" (every negative NaN is the indefinite one of x86
+//   arithmetic), their decimals padded or rounded character by character at
+//   the precision as if they were digits ("%.2f" of an infinity gives
+//   "1.#J"); %g without a precision prints "1.#INF" whole;
+// - %% prints a percent sign, a % that ends a longer specification ("%5%")
+//   prints nothing, and an unknown conversion character prints as it stands
+//   ("%y" gives "y");
+// - %n writes nothing and stores nothing (its argument is skipped), as in the
+//   secure runtime.
+// Narrow text (%S, %hs) is read as UTF-8 when the bytes are valid UTF-8 and
+// as code page 949 otherwise (plain ASCII is both), so Korean text written by
+// either kind of host prints right; a narrow character (%C, %hc) above 0x7F,
+// being no character of either on its own, is the code point of its value.
 
 // ---------------------------------------------------------------------------
 // Formatting into strings
