@@ -176,20 +176,22 @@ CRect HeadlessWindowPort::BeginPaint() {
 
 void HeadlessWindowPort::EndPaint() { m_bPainting = false; }
 
-void HeadlessWindowPort::FillRect(const CRect& rect, COLORREF color) {
+namespace {
+HeadlessDrawOp RectOp(HeadlessDrawOp::Kind kind, const CRect& rect, COLORREF color) {
   HeadlessDrawOp op;
-  op.kind = HeadlessDrawOp::kFill;
+  op.kind = kind;
   op.rect = rect;
   op.color = color;
-  m_ops.push_back(op);
+  return op;
+}
+}  // namespace
+
+void HeadlessWindowPort::FillRect(const CRect& rect, COLORREF color) {
+  m_ops.push_back(RectOp(HeadlessDrawOp::kFill, rect, color));
 }
 
 void HeadlessWindowPort::FrameRect(const CRect& rect, COLORREF color) {
-  HeadlessDrawOp op;
-  op.kind = HeadlessDrawOp::kFrame;
-  op.rect = rect;
-  op.color = color;
-  m_ops.push_back(op);
+  m_ops.push_back(RectOp(HeadlessDrawOp::kFrame, rect, color));
 }
 
 void HeadlessWindowPort::DrawLine(CPoint from, CPoint to, COLORREF color, int /*width*/) {
@@ -780,11 +782,19 @@ void CWnd::ClientToScreen(LPPOINT lpPoint) const {
   *lpPoint = m_port->ClientToScreen(CPoint(*lpPoint));
 }
 
+namespace {
+// Maps both corners of a rectangle with one point mapping.
+template <typename Map>
+void MapCorners(LPRECT rect, Map map) {
+  CPoint tl = map(CPoint(rect->left, rect->top));
+  CPoint br = map(CPoint(rect->right, rect->bottom));
+  *rect = CRect(tl, br);
+}
+}  // namespace
+
 void CWnd::ClientToScreen(LPRECT lpRect) const {
   if (lpRect == nullptr || !m_port) return;
-  CPoint tl = m_port->ClientToScreen(CPoint(lpRect->left, lpRect->top));
-  CPoint br = m_port->ClientToScreen(CPoint(lpRect->right, lpRect->bottom));
-  *lpRect = CRect(tl, br);
+  MapCorners(lpRect, [&](CPoint p) { return m_port->ClientToScreen(p); });
 }
 
 void CWnd::ScreenToClient(LPPOINT lpPoint) const {
@@ -794,9 +804,7 @@ void CWnd::ScreenToClient(LPPOINT lpPoint) const {
 
 void CWnd::ScreenToClient(LPRECT lpRect) const {
   if (lpRect == nullptr || !m_port) return;
-  CPoint tl = m_port->ScreenToClient(CPoint(lpRect->left, lpRect->top));
-  CPoint br = m_port->ScreenToClient(CPoint(lpRect->right, lpRect->bottom));
-  *lpRect = CRect(tl, br);
+  MapCorners(lpRect, [&](CPoint p) { return m_port->ScreenToClient(p); });
 }
 
 void CWnd::Invalidate(BOOL /*bErase*/) {

@@ -24,6 +24,12 @@ bool PointLess(const CPoint& a, const CPoint& b) { return a.y < b.y || (a.y == b
 
 bool IsBlank(wchar_t ch) { return ch == L' ' || ch == L'\t'; }
 
+// The keys that move the caret: arrows, Home, End, Page Up, Page Down.
+bool IsCaretKey(UINT vk) {
+  return vk == VK_LEFT || vk == VK_RIGHT || vk == VK_UP || vk == VK_DOWN || vk == VK_PRIOR || vk == VK_NEXT ||
+         vk == VK_HOME || vk == VK_END;
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------------------
@@ -964,7 +970,7 @@ void CloseGroup(CCrystalTextBuffer* buf, CCrystalTextWnd* view, int positionBefo
 }  // namespace
 
 BOOL CCrystalEditWnd::InsertTyped(const CString& text, BOOL bMerge, int nAction) {
-  if (IsReadOnly() || text.IsEmpty()) return FALSE;
+  if (IsReadOnly()) return FALSE;
   CCrystalTextBuffer* buf = m_pTextBuffer;
   const int pos = buf->GetUndoPosition(), count = buf->GetUndoRecordCount();
   buf->BeginUndoGroup(bMerge);
@@ -973,11 +979,13 @@ BOOL CCrystalEditWnd::InsertTyped(const CString& text, BOOL bMerge, int nAction)
   if (IsSelection()) {
     at = m_ptSelStart;
     ok = buf->DeleteText(this, m_ptSelStart.y, m_ptSelStart.x, m_ptSelEnd.y, m_ptSelEnd.x, nAction);
-  } else if (m_bOvrMode && text.GetLength() == 1 && text[0] != L'\r' && at.x < GetLineLength(at.y)) {
+  } else if (m_bOvrMode && nAction == CE_ACTION_TYPING && text.GetLength() == 1 && text[0] != L'\r' &&
+             at.x < GetLineLength(at.y)) {
+    // Overwrite mode replaces the character under the caret, never a line end.
     ok = buf->DeleteText(this, at.y, at.x, at.y, at.x + 1, nAction);
   }
   int endLine = at.y, endChar = at.x;
-  if (ok) ok = buf->InsertText(this, at.y, at.x, text, endLine, endChar, nAction);
+  if (ok && !text.IsEmpty()) ok = buf->InsertText(this, at.y, at.x, text, endLine, endChar, nAction);
   CloseGroup(buf, this, pos, count);
   if (ok) {
     m_ptAnchor = m_ptSelStart = m_ptSelEnd = CPoint(endChar, endLine);
@@ -988,42 +996,29 @@ BOOL CCrystalEditWnd::InsertTyped(const CString& text, BOOL bMerge, int nAction)
 }
 
 BOOL CCrystalEditWnd::ReplaceSelText(LPCTSTR pszNewText) {
-  if (IsReadOnly() || pszNewText == nullptr) return FALSE;
+  if (pszNewText == nullptr) return FALSE;
+  m_ptLastTyping = CPoint(-1, -1);
+  return InsertTyped(CString(pszNewText), FALSE, CE_ACTION_REPLACE);
+}
+
+BOOL CCrystalEditWnd::DeleteRange(const CPoint& ptStart, const CPoint& ptEnd, int nAction) {
   m_ptLastTyping = CPoint(-1, -1);
   CCrystalTextBuffer* buf = m_pTextBuffer;
   const int pos = buf->GetUndoPosition(), count = buf->GetUndoRecordCount();
   buf->BeginUndoGroup();
-  BOOL ok = TRUE;
-  CPoint at = m_ptCursorPos;
-  if (IsSelection()) {
-    at = m_ptSelStart;
-    ok = buf->DeleteText(this, m_ptSelStart.y, m_ptSelStart.x, m_ptSelEnd.y, m_ptSelEnd.x, CE_ACTION_REPLACE);
-  }
-  int endLine = at.y, endChar = at.x;
-  if (ok) ok = buf->InsertText(this, at.y, at.x, pszNewText, endLine, endChar, CE_ACTION_REPLACE);
+  BOOL ok = buf->DeleteText(this, ptStart.y, ptStart.x, ptEnd.y, ptEnd.x, nAction);
   CloseGroup(buf, this, pos, count);
   if (ok) {
-    m_ptAnchor = m_ptSelStart = m_ptSelEnd = CPoint(endChar, endLine);
-    SetCursorPos(CPoint(endChar, endLine));
-    EnsureVisible(m_ptCursorPos);
+    m_ptAnchor = m_ptSelStart = m_ptSelEnd = ptStart;
+    SetCursorPos(ptStart);
+    EnsureVisible(ptStart);
   }
   return ok;
 }
 
 BOOL CCrystalEditWnd::DeleteSelection(int nAction) {
   if (IsReadOnly() || !IsSelection()) return FALSE;
-  m_ptLastTyping = CPoint(-1, -1);
-  CCrystalTextBuffer* buf = m_pTextBuffer;
-  const int pos = buf->GetUndoPosition(), count = buf->GetUndoRecordCount();
-  buf->BeginUndoGroup();
-  CPoint start = m_ptSelStart;
-  BOOL ok = buf->DeleteText(this, m_ptSelStart.y, m_ptSelStart.x, m_ptSelEnd.y, m_ptSelEnd.x, nAction);
-  CloseGroup(buf, this, pos, count);
-  if (ok) {
-    m_ptAnchor = m_ptSelStart = m_ptSelEnd = start;
-    SetCursorPos(start);
-  }
-  return ok;
+  return DeleteRange(m_ptSelStart, m_ptSelEnd, nAction);
 }
 
 BOOL CCrystalEditWnd::InsertNewLine() {
@@ -1041,54 +1036,27 @@ BOOL CCrystalEditWnd::InsertNewLine() {
   return InsertTyped(text, FALSE, CE_ACTION_TYPING);
 }
 
-BOOL CCrystalEditWnd::DeleteBack() {
+BOOL CCrystalEditWnd::DeleteChar(bool forward) {
+  // The selection, else one character (or line break) beside the caret.
   if (IsReadOnly()) return FALSE;
-  m_ptLastTyping = CPoint(-1, -1);
-  if (IsSelection()) return DeleteSelection(CE_ACTION_BACKSPACE);
-  CPoint end = m_ptCursorPos;
-  CPoint start = end;
-  if (end.x > 0)
-    start.x = end.x - 1;
-  else if (end.y > 0)
-    start = CPoint(GetLineLength(end.y - 1), end.y - 1);
-  else
-    return FALSE;
-  CCrystalTextBuffer* buf = m_pTextBuffer;
-  const int pos = buf->GetUndoPosition(), count = buf->GetUndoRecordCount();
-  buf->BeginUndoGroup();
-  BOOL ok = buf->DeleteText(this, start.y, start.x, end.y, end.x, CE_ACTION_BACKSPACE);
-  CloseGroup(buf, this, pos, count);
-  if (ok) {
-    m_ptAnchor = m_ptSelStart = m_ptSelEnd = start;
-    SetCursorPos(start);
-    EnsureVisible(start);
-  }
-  return ok;
-}
-
-BOOL CCrystalEditWnd::DeleteForward() {
-  if (IsReadOnly()) return FALSE;
-  m_ptLastTyping = CPoint(-1, -1);
-  if (IsSelection()) return DeleteSelection(CE_ACTION_DELETE);
+  const int action = forward ? CE_ACTION_DELETE : CE_ACTION_BACKSPACE;
+  if (IsSelection()) return DeleteSelection(action);
   CPoint start = m_ptCursorPos;
   CPoint end = start;
-  if (start.x < GetLineLength(start.y))
-    end.x = start.x + 1;
-  else if (start.y < GetLineCount() - 1)
-    end = CPoint(0, start.y + 1);
-  else
-    return FALSE;
-  CCrystalTextBuffer* buf = m_pTextBuffer;
-  const int pos = buf->GetUndoPosition(), count = buf->GetUndoRecordCount();
-  buf->BeginUndoGroup();
-  BOOL ok = buf->DeleteText(this, start.y, start.x, end.y, end.x, CE_ACTION_DELETE);
-  CloseGroup(buf, this, pos, count);
-  if (ok) {
-    m_ptAnchor = m_ptSelStart = m_ptSelEnd = start;
-    SetCursorPos(start);
+  if (forward) {
+    if (start.x < GetLineLength(start.y)) end.x = start.x + 1;
+    else if (start.y < GetLineCount() - 1) end = CPoint(0, start.y + 1);
+    else return FALSE;
+  } else {
+    if (end.x > 0) start.x = end.x - 1;
+    else if (end.y > 0) start = CPoint(GetLineLength(end.y - 1), end.y - 1);
+    else return FALSE;
   }
-  return ok;
+  return DeleteRange(start, end, action);
 }
+
+BOOL CCrystalEditWnd::DeleteBack() { return DeleteChar(false); }
+BOOL CCrystalEditWnd::DeleteForward() { return DeleteChar(true); }
 
 BOOL CCrystalEditWnd::InsertTab(BOOL bShift) {
   if (IsReadOnly()) return FALSE;
@@ -1145,11 +1113,11 @@ BOOL CCrystalEditWnd::Paste() {
 BOOL CCrystalEditWnd::CanUndo() { return m_pTextBuffer != nullptr && m_pTextBuffer->CanUndo() ? TRUE : FALSE; }
 BOOL CCrystalEditWnd::CanRedo() { return m_pTextBuffer != nullptr && m_pTextBuffer->CanRedo() ? TRUE : FALSE; }
 
-BOOL CCrystalEditWnd::Undo() {
-  if (!CanUndo() || m_pTextBuffer->GetReadOnly()) return FALSE;
+BOOL CCrystalEditWnd::StepHistory(bool redo) {
+  if (!(redo ? CanRedo() : CanUndo()) || m_pTextBuffer->GetReadOnly()) return FALSE;
   m_ptLastTyping = CPoint(-1, -1);
   CPoint pt;
-  if (!m_pTextBuffer->Undo(pt)) return FALSE;
+  if (!(redo ? m_pTextBuffer->Redo(pt) : m_pTextBuffer->Undo(pt))) return FALSE;
   m_ptAnchor = m_ptSelStart = m_ptSelEnd = ClampToText(pt);
   SetCursorPos(pt);
   EnsureVisible(pt);
@@ -1157,17 +1125,8 @@ BOOL CCrystalEditWnd::Undo() {
   return TRUE;
 }
 
-BOOL CCrystalEditWnd::Redo() {
-  if (!CanRedo() || m_pTextBuffer->GetReadOnly()) return FALSE;
-  m_ptLastTyping = CPoint(-1, -1);
-  CPoint pt;
-  if (!m_pTextBuffer->Redo(pt)) return FALSE;
-  m_ptAnchor = m_ptSelStart = m_ptSelEnd = ClampToText(pt);
-  SetCursorPos(pt);
-  EnsureVisible(pt);
-  SendChangeNotify();
-  return TRUE;
-}
+BOOL CCrystalEditWnd::Undo() { return StepHistory(false); }
+BOOL CCrystalEditWnd::Redo() { return StepHistory(true); }
 
 int CCrystalEditWnd::ReplaceAll(LPCTSTR pszText, LPCTSTR pszReplace, DWORD dwFlags) {
   if (IsReadOnly() || pszText == nullptr || *pszText == L'\0') return 0;
@@ -1320,18 +1279,12 @@ BOOL CCrystalEditWnd::HandleVirtualKey(UINT nChar, UINT /*nRepCnt*/) {
       else if (shift) Paste();
       else m_bOvrMode = !m_bOvrMode;
       return FALSE;
-    case VK_LEFT:
-    case VK_RIGHT:
-    case VK_UP:
-    case VK_DOWN:
-    case VK_PRIOR:
-    case VK_NEXT:
-    case VK_HOME:
-    case VK_END:
-      m_ptLastTyping = CPoint(-1, -1);
-      MoveCaret(nChar, shift, ctrl);
+    default:
+      if (IsCaretKey(nChar)) {
+        m_ptLastTyping = CPoint(-1, -1);
+        MoveCaret(nChar, shift, ctrl);
+      }
       return FALSE;
-    default: return FALSE;
   }
 }
 
@@ -1376,20 +1329,9 @@ void CCrystalEditWnd::OnChar(UINT nChar, UINT nRepCnt, UINT nFlags) {
 }
 
 void CCrystalEditWnd::OnKeyDown(UINT nChar, UINT nRepCnt, UINT nFlags) {
-  switch (nChar) {
-    case VK_LEFT:
-    case VK_RIGHT:
-    case VK_UP:
-    case VK_DOWN:
-    case VK_PRIOR:
-    case VK_NEXT:
-    case VK_HOME:
-    case VK_END:
-    case VK_DELETE:
-    case VK_INSERT:
-      OnChar(nChar, nRepCnt, nFlags | CHARFLAG_VIRTKEY);
-      return;
-    default: break;
+  if (IsCaretKey(nChar) || nChar == VK_DELETE || nChar == VK_INSERT) {
+    OnChar(nChar, nRepCnt, nFlags | CHARFLAG_VIRTKEY);
+    return;
   }
   if (chartcore::IsKeyDown(VK_CONTROL) && !chartcore::IsKeyDown(VK_MENU)) {
     switch (nChar) {

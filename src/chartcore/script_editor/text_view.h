@@ -410,6 +410,10 @@ class CHARTCORE_API CCrystalEditWnd : public CCrystalTextWnd {
   BOOL InsertTyped(const CString& text, BOOL bMerge, int nAction);
   BOOL HandleVirtualKey(UINT nChar, UINT nRepCnt);
   BOOL InsertNewLine();
+  // Undo (redo false) or Redo of the buffer, the caret placed at the change.
+  BOOL StepHistory(bool redo);
+  BOOL DeleteRange(const CPoint& ptStart, const CPoint& ptEnd, int nAction);
+  BOOL DeleteChar(bool forward);
   BOOL DeleteBack();
   BOOL DeleteForward();
   BOOL InsertTab(BOOL bShift);
