@@ -687,7 +687,7 @@ void CScriptEdit::OnCharEditClr(NMHDR* pNMHDR, LRESULT* pResult) {
   } else if (ch == L',' || ch == L')') {
     HideList();
     if (m_bTipShown) UpdateTipParam();
-  } else if (ch != L'.' && IsNameChar(static_cast<wchar_t>(ch))) {
+  } else if (IsNameChar(static_cast<wchar_t>(ch))) {
     RefreshListForWord();
   } else {
     HideList();
