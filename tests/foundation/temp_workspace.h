@@ -11,7 +11,6 @@
 #include <fstream>
 #include <iterator>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "chartcore/platform/cstring.h"
@@ -28,18 +27,14 @@ class TempDir {
   TempDir() {
     static std::atomic<int> serial{0};
     const auto stamp = std::chrono::steady_clock::now().time_since_epoch().count();
-    for (int attempt = 0;; ++attempt) {
-      m_root = fs::temp_directory_path() /
-               ("chartcore_ws_" + std::to_string(stamp) + "_" + std::to_string(serial++) + "_" +
-                std::to_string(attempt));
-      if (fs::create_directory(m_root)) break;
-    }
+    do {
+      m_root = fs::temp_directory_path() / ("chartcore_ws_" + std::to_string(stamp) + "_" + std::to_string(serial++));
+    } while (!fs::create_directory(m_root));
   }
   ~TempDir() {
     std::error_code ec;
     // Read-only files and folders must become writable before they can go.
-    for (auto it = fs::recursive_directory_iterator(m_root, ec); !ec && it != fs::recursive_directory_iterator();
-         it.increment(ec)) {
+    for (auto it = fs::recursive_directory_iterator(m_root, ec); !ec && it != fs::end(it); it.increment(ec)) {
       if (!it->is_symlink()) fs::permissions(it->path(), fs::perms::owner_all, fs::perm_options::add, ec);
     }
     fs::remove_all(m_root, ec);
@@ -51,22 +46,16 @@ class TempDir {
   fs::path native(const std::string& relative) const { return m_root / fs::u8path(relative); }
 
   // The library's form of a path below the root: "\" between the parts.
-  CString lib(const std::string& relative = std::string()) const {
-    std::wstring text = chartcore::Utf8ToWide(m_root.u8string());
-    if (!relative.empty()) {
-      text += L'\\';
-      for (wchar_t ch : chartcore::Utf8ToWide(relative)) text += (ch == L'/' ? L'\\' : ch);
-    }
+  CString lib(const std::string& relative) const {
+    std::wstring text = chartcore::Utf8ToWide(m_root.u8string() + "/" + relative);
+    std::replace(text.begin() + static_cast<std::ptrdiff_t>(m_root.u8string().size()), text.end(), L'/', L'\\');
     return CString(text);
   }
 
   void MakeFile(const std::string& relative, const std::string& content) const {
     fs::create_directories(native(relative).parent_path());
-    std::ofstream out(native(relative), std::ios::binary);
-    out << content;
+    std::ofstream(native(relative), std::ios::binary) << content;
   }
-  void MakeDir(const std::string& relative) const { fs::create_directories(native(relative)); }
-
   bool Has(const std::string& relative) const {
     std::error_code ec;
     return fs::exists(fs::symlink_status(native(relative), ec));
@@ -76,17 +65,15 @@ class TempDir {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
   }
 
-  // Every entry below the folder, as sorted relative paths with "/" ("d/" for
+  // Every entry below a folder, as sorted relative paths with "/" ("d/" for
   // folders), so a whole tree compares in one expectation.
-  std::vector<std::string> Tree(const std::string& relative = std::string()) const {
+  std::vector<std::string> Tree(const std::string& relative) const {
     std::vector<std::string> names;
-    const fs::path base = relative.empty() ? m_root : native(relative);
     std::error_code ec;
-    for (auto it = fs::recursive_directory_iterator(base, ec); !ec && it != fs::recursive_directory_iterator();
+    for (auto it = fs::recursive_directory_iterator(native(relative), ec); !ec && it != fs::end(it);
          it.increment(ec)) {
-      std::string name = it->path().lexically_relative(base).generic_u8string();
-      if (it->is_directory() && !it->is_symlink()) name += "/";
-      names.push_back(name);
+      const bool folder = it->is_directory() && !it->is_symlink();
+      names.push_back(it->path().lexically_relative(native(relative)).generic_u8string() + (folder ? "/" : ""));
     }
     std::sort(names.begin(), names.end());
     return names;
@@ -96,8 +83,7 @@ class TempDir {
   fs::path m_root;
 };
 
-// Records every message box while alive; the previous handler (none) comes
-// back at the end.
+// Records every message box while alive, then puts the previous handler back.
 class MessageCapture {
  public:
   struct Shown {
@@ -121,7 +107,6 @@ class MessageCapture {
     for (const Shown& s : m_shown) all.push_back(s.text);
     return all;
   }
-  void clear() { m_shown.clear(); }
 
  private:
   std::vector<Shown> m_shown;

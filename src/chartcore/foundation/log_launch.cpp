@@ -231,61 +231,65 @@ void WriteLog(CString path, const wchar_t* text) {
   CloseHandle(file);
 }
 
-int RunTextFile(CString path) {
+namespace {
+
+bool StartTextViewer(const CString& path) {
   wchar_t systemDirectory[1024];
   const UINT length = GetSystemDirectoryW(systemDirectory, 1024);
   if (length == 0 || length >= 1024) systemDirectory[0] = L'\0';
   CString commandLine;
   // The path goes unquoted: Notepad takes the whole rest of its command line.
   commandLine.Format(L"%s\\notepad.exe %s", systemDirectory, path.GetString());
-  return StartCommandLine(commandLine);
+  return StartCommandLine(commandLine) != 0;
 }
 
-int RunPDFFile(CString path) {
-  ShellExecuteW(nullptr, L"open", path, nullptr, L".", SW_SHOWMAXIMIZED);
-  return 1;
-}
+void OpenAssociated(const CString& path) { ShellExecuteW(nullptr, L"open", path, nullptr, L".", SW_SHOWMAXIMIZED); }
 
-int RunHtmlFile(CString target) {
+// The browser at its install location, then one found on the search path.
+bool StartBrowserDirect(const CString& target) {
   CString commandLine;
   commandLine.Format(L"C:\\Program Files\\Internet Explorer\\IEXPLORE.exe %s", target.GetString());
-  if (StartCommandLine(commandLine)) return 1;
+  if (StartCommandLine(commandLine)) return true;
   commandLine.Format(L"IEXPLORE.exe %s", target.GetString());
-  if (StartCommandLine(commandLine)) return 1;
+  return StartCommandLine(commandLine) != 0;
+}
 
+// The browser's folder from its App Paths entry.
+bool FindRegisteredBrowser(std::wstring& directory) {
   HKEY key = nullptr;
-  std::wstring directory;
   const bool found =
       OpenKey(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\IEXPLORE.EXE",
               0x2001F, key) &&
       ReadKeyString(key, L"Path", directory);
   if (key != nullptr) RegCloseKey(key);
-  if (!found) {
-    ShowError(L"[ERROR]Find Internet Explorer", L"ERROR");
-    return 0;
-  }
   while (!directory.empty() && directory.back() == L';') directory.pop_back();
-  commandLine.Format(L"%s\\IEXPLORE.exe %s", directory.c_str(), target.GetString());
-  if (StartCommandLine(commandLine)) return 1;
-  ShowError(L"[ERROR]Execute Internet Explorer", L"ERROR");
-  return 0;
+  return found;
 }
 
-int RunExcelFile(CString path) {
-  std::wstring progId;
-  if (!WidenProgId(kSpreadsheetProgId, progId)) return 0;
-  wchar_t buffer[kAppBufferSize];
+bool StartRegisteredBrowser(const std::wstring& directory, const CString& target) {
   CString commandLine;
-  if (GetAppPath(progId.c_str(), buffer, kAppBufferSize)) {
-    commandLine.Format(L"%s \"%s\"", buffer, path.GetString());
-  } else if (GetAppVersion(progId.c_str(), buffer, kAppBufferSize)) {
-    commandLine.Format(L"C:\\Program Files\\Microsoft Office\\Office%s\\EXCEL.EXE \"%s\"", buffer,
-                       path.GetString());
-  } else {
-    return 0;
-  }
-  return StartCommandLine(commandLine);
+  commandLine.Format(L"%s\\IEXPLORE.exe %s", directory.c_str(), target.GetString());
+  return StartCommandLine(commandLine) != 0;
 }
+
+bool StartApplication(const wchar_t* application, const CString& path) {
+  CString commandLine;
+  commandLine.Format(L"%s \"%s\"", application, path.GetString());
+  return StartCommandLine(commandLine) != 0;
+}
+
+// Without a registered server: the application at the install location of
+// its version.
+bool StartSpreadsheetElsewhere(const std::wstring& progId, const CString& path) {
+  wchar_t version[kAppBufferSize];
+  if (!GetAppVersion(progId.c_str(), version, kAppBufferSize)) return false;
+  CString commandLine;
+  commandLine.Format(L"C:\\Program Files\\Microsoft Office\\Office%s\\EXCEL.EXE \"%s\"", version,
+                     path.GetString());
+  return StartCommandLine(commandLine) != 0;
+}
+
+}  // namespace
 
 #else
 // ===========================================================================
@@ -650,32 +654,73 @@ void WriteLog(CString path, const wchar_t* text) {
   close(fd);
 }
 
-int RunTextFile(CString path) { return OpenWithDefaultApplication(NativeTarget(path)) ? 1 : 0; }
+namespace {
+
+bool StartTextViewer(const CString& path) { return OpenWithDefaultApplication(NativeTarget(path)); }
+
+void OpenAssociated(const CString& path) { OpenWithDefaultApplication(NativeTarget(path)); }
+
+// The desktop's default browser through its opener, then a browser on PATH.
+bool StartBrowserDirect(const CString& target) {
+  const std::string page = NativeTarget(target);
+  return OpenWithDefaultApplication(page) || StartBrowserOnPath(page);
+}
+
+// The user's registered browsers: the BROWSER list, without a trailing
+// separator.
+bool FindRegisteredBrowser(std::wstring& commands) {
+  const char* registered = std::getenv("BROWSER");
+  commands = chartcore::Utf8ToWide(registered != nullptr ? registered : "");
+  while (!commands.empty() && (commands.back() == L';' || commands.back() == L':')) commands.pop_back();
+  return !commands.empty();
+}
+
+// The first command of the ":"-separated list that starts.
+bool StartRegisteredBrowser(const std::wstring& commands, const CString& target) {
+  const std::string list = chartcore::WideToUtf8(commands);
+  const std::string page = NativeTarget(target);
+  size_t start = 0;
+  while (start <= list.size()) {
+    size_t end = list.find(':', start);
+    if (end == std::string::npos) end = list.size();
+    if (end > start && StartBrowserCommand(list.substr(start, end - start), page)) return true;
+    start = end + 1;
+  }
+  return false;
+}
+
+bool StartApplication(const wchar_t* application, const CString& path) {
+  return StartDetached(chartcore::WideToUtf8(std::wstring(application)), {NativeTarget(path)});
+}
+
+// Without an installed spreadsheet program: the desktop's opener.
+bool StartSpreadsheetElsewhere(const std::wstring&, const CString& path) {
+  return OpenWithDefaultApplication(NativeTarget(path));
+}
+
+}  // namespace
+
+#endif
+
+// ===========================================================================
+// Viewers: the order of attempts and the messages, on every system
+// ===========================================================================
+
+int RunTextFile(CString path) { return StartTextViewer(path) ? 1 : 0; }
 
 int RunPDFFile(CString path) {
-  OpenWithDefaultApplication(NativeTarget(path));
+  OpenAssociated(path);
   return 1;
 }
 
 int RunHtmlFile(CString target) {
-  const std::string page = NativeTarget(target);
-  if (OpenWithDefaultApplication(page)) return 1;
-  if (StartBrowserOnPath(page)) return 1;
-
-  const char* registered = std::getenv("BROWSER");
-  std::string commands = registered != nullptr ? registered : "";
-  while (!commands.empty() && (commands.back() == ';' || commands.back() == ':')) commands.pop_back();
-  if (commands.empty()) {
+  if (StartBrowserDirect(target)) return 1;
+  std::wstring registered;
+  if (!FindRegisteredBrowser(registered)) {
     ShowError(L"[ERROR]Find Internet Explorer", L"ERROR");
     return 0;
   }
-  size_t start = 0;
-  while (start <= commands.size()) {
-    size_t end = commands.find(':', start);
-    if (end == std::string::npos) end = commands.size();
-    if (end > start && StartBrowserCommand(commands.substr(start, end - start), page)) return 1;
-    start = end + 1;
-  }
+  if (StartRegisteredBrowser(registered, target)) return 1;
   ShowError(L"[ERROR]Execute Internet Explorer", L"ERROR");
   return 0;
 }
@@ -684,14 +729,9 @@ int RunExcelFile(CString path) {
   std::wstring progId;
   if (!WidenProgId(kSpreadsheetProgId, progId)) return 0;
   wchar_t application[kAppBufferSize];
-  const std::string file = NativeTarget(path);
-  if (GetAppPath(progId.c_str(), application, kAppBufferSize)) {
-    return StartDetached(chartcore::WideToUtf8(std::wstring(application)), {file}) ? 1 : 0;
-  }
-  return OpenWithDefaultApplication(file) ? 1 : 0;
+  if (GetAppPath(progId.c_str(), application, kAppBufferSize)) return StartApplication(application, path) ? 1 : 0;
+  return StartSpreadsheetElsewhere(progId, path) ? 1 : 0;
 }
-
-#endif
 
 int GetExcelAppVersion() {
   std::wstring progId = chartcore::Utf8ToWide(kSpreadsheetProgId, std::strlen(kSpreadsheetProgId));
