@@ -111,9 +111,9 @@ DWORD CCrystalTextWnd::ParseLine(DWORD /*dwCookie*/, int /*nLineIndex*/, TEXTBLO
 COLORREF CCrystalTextWnd::GetColor(int nColorIndex) {
   switch (nColorIndex) {
     case COLORINDEX_WHITESPACE:
-    case COLORINDEX_BKGND: return ::GetSysColor(COLOR_WINDOW);
-    case COLORINDEX_NORMALTEXT: return ::GetSysColor(COLOR_WINDOWTEXT);
-    case COLORINDEX_SELMARGIN: return ::GetSysColor(COLOR_SCROLLBAR);
+    case COLORINDEX_BKGND: return chartcore::GetWindowPortFactory().GetSysColor(COLOR_WINDOW);
+    case COLORINDEX_NORMALTEXT: return chartcore::GetWindowPortFactory().GetSysColor(COLOR_WINDOWTEXT);
+    case COLORINDEX_SELMARGIN: return chartcore::GetWindowPortFactory().GetSysColor(COLOR_SCROLLBAR);
     case COLORINDEX_SELBKGND: return RGB(0, 0, 0);
     case COLORINDEX_SELTEXT: return RGB(255, 255, 255);
     case COLORINDEX_KEYWORD: return RGB(0, 0, 255);
