@@ -418,3 +418,30 @@ TEST_F(EditTest, FindAndReplace) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(EditTest, FlushingAGroupPlacesTheCaretAndTellsTheParent) {
+  buf.SetText(L"abc");
+  const int before = parent.enChanges;
+  buf.BeginUndoGroup();
+  ASSERT_TRUE(buf.DeleteText(nullptr, 0, 1, 0, 2));
+  buf.FlushUndoGroup(&edit);
+  EXPECT_EQ(edit.GetCursorPos(), CPoint(1, 0));  // the start of the deletion
+  EXPECT_EQ(parent.enChanges, before + 1);
+  int el, ec;
+  buf.BeginUndoGroup();
+  ASSERT_TRUE(buf.InsertText(nullptr, 0, 0, L"x\ny", el, ec));
+  buf.FlushUndoGroup(&edit);
+  EXPECT_EQ(edit.GetCursorPos(), CPoint(1, 1));  // the end of the insertion
+  buf.FlushUndoGroup(nullptr);  // no view: nobody is told
+  EXPECT_EQ(parent.enChanges, before + 2);
+  // With an empty history the caret stays, but the change is still reported.
+  buf.CleanUndoBuffer();
+  edit.SetCursorPos(CPoint(0, 0));
+  buf.FlushUndoGroup(&edit);
+  EXPECT_EQ(edit.GetCursorPos(), CPoint(0, 0));
+  EXPECT_EQ(parent.enChanges, before + 3);
+}
+
+}  // namespace
