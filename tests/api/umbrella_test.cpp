@@ -174,3 +174,19 @@ TEST(Umbrella, PlatformObjectArchiveAndFileNamesAreExported) {
   CFileException error;
   EXPECT_FALSE(CFile().Open(L"/nonexistent-workspace\\x", CFile::modeRead, &error));
 }
+
+TEST(Umbrella, FoundationPathStringColourLogNamesAreExported) {
+  EXPECT_EQ(GetPath_Local_Data(L"C:\\Root", L"_u01"), L"C:\\Root\\Local_u01\\Data\\");
+  EXPECT_EQ(ChangeVariableFileName(L" a:b ", L"_"), L"a_b");
+  CString none;
+  EXPECT_EQ(MakeDirectory(none), 0);
+  EXPECT_EQ(WildCmp(L"*.bic", L"MACD.bic"), 1);
+  wchar_t text[] = L"abc=def";
+  wchar_t head[8];
+  wchar_t key[] = L"=";
+  EXPECT_EQ(CutStringUntilKey(text, head, key), head + 3);
+  EXPECT_EQ(MakeUniqueColor(0x0000FF, 1), 0x0A0AF5u);
+  EXPECT_EQ(CheckLine(CPoint(0, 0), CPoint(100, 0), CPoint(50, 4)), ANAL_DIRECT_SHALLOW);
+  EXPECT_EQ(GetFontPointFromHeight(-13), 10);
+  WriteLog(L"/nonexistent-dir/x.log", L"skipped");  // an unopenable log is skipped silently
+}
