@@ -4,8 +4,11 @@ JOBS="$(nproc 2>/dev/null || echo 2)"
 LAUNCHER=()
 if command -v ccache >/dev/null 2>&1; then
   LAUNCHER=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-  export CCACHE_DIR="${CCACHE_DIR:-$HOME/.cache/chartcore-ccache}"
-  export CCACHE_MAXSIZE="${CCACHE_MAXSIZE:-5G}"
+  # Paths relative to the checkout, so a fresh clone elsewhere (CI) still
+  # hits the cache that earlier builds on this machine filled.
+  export CCACHE_BASEDIR="$ROOT"
+  export CCACHE_NOHASHDIR=1
+  export CCACHE_MAXSIZE="${CCACHE_MAXSIZE:-8G}"
 fi
 # configure DIR [cmake args...]: configures a Ninja build in DIR.
 configure() {
