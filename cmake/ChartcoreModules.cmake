@@ -28,6 +28,22 @@ function(chartcore_module name)
   endforeach()
 endfunction()
 
+# chartcore_module_objects(OUT m...) sets OUT to the object files of the
+# named modules (header-only modules contribute none), for programs that link
+# module objects directly instead of the shared library.
+function(chartcore_module_objects out)
+  set(_objs)
+  foreach(d IN LISTS ARGN)
+    if(TARGET chartcore_${d})
+      get_target_property(_type chartcore_${d} TYPE)
+      if(_type STREQUAL "OBJECT_LIBRARY")
+        list(APPEND _objs $<TARGET_OBJECTS:chartcore_${d}>)
+      endif()
+    endif()
+  endforeach()
+  set(${out} ${_objs} PARENT_SCOPE)
+endfunction()
+
 # chartcore_module_test(NAME [DEPS m...]) builds tests/NAME/*_test.cpp into one
 # program that links the module's objects and those of the layers below it, so a
 # module's tests build even while a module above it is being written.
@@ -37,15 +53,7 @@ function(chartcore_module_test name)
   if(NOT _tests)
     return()
   endif()
-  set(_objs)
-  foreach(d IN ITEMS ${name} ${T_DEPS})
-    if(TARGET chartcore_${d})
-      get_target_property(_type chartcore_${d} TYPE)
-      if(_type STREQUAL "OBJECT_LIBRARY")
-        list(APPEND _objs $<TARGET_OBJECTS:chartcore_${d}>)
-      endif()
-    endif()
-  endforeach()
+  chartcore_module_objects(_objs ${name} ${T_DEPS})
   add_executable(chartcore_${name}_tests ${_tests} ${_objs})
   target_link_libraries(chartcore_${name}_tests PRIVATE chartcore_${name} GTest::gtest GTest::gtest_main)
   target_include_directories(chartcore_${name}_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests)
