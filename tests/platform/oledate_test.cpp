@@ -94,9 +94,20 @@ TEST(OleDate, NormalisesFieldsAsWindows) {
   EXPECT_EQ(ToDate(Fields(2024, 1, 32)), -1e9);
   EXPECT_EQ(ToDate(Fields(10000, 1, 1)), -1e9);
   EXPECT_EQ(ToDate(Fields(9999, 12, 32)), -1e9);
-  EXPECT_EQ(ToDate(Fields(2024, 1, 1, 24)), -1e9);
-  EXPECT_EQ(ToDate(Fields(100, 1, 0)), -1e9);  // before the first valid day
   EXPECT_EQ(VarDateFromUdate(nullptr, 0, nullptr), E_INVALIDARG);
+  // Times run over into the next days; a date may fall before 100-01-01.
+  EXPECT_EQ(ToDate(Fields(2024, 1, 1, 24)), static_cast<double>(DayNumber(2024, 1, 2)));
+  EXPECT_EQ(ToDate(Fields(2024, 1, 1, 23, 59, 3600)), DayNumber(2024, 1, 2) + 3540.0 / 86400);  // 00:59
+  EXPECT_EQ(ToDate(Fields(1899, 12, 29, 30)), 0.25);  // day -1 plus 30 hours is day 0 at 06:00
+  EXPECT_EQ(ToDate(Fields(100, 1, 0)), static_cast<double>(DayNumber(100, 1, 1) - 1));
+  // VarDateFromUdate, unlike SystemTimeToVariantTime, rolls months and days over too.
+  UDATE over = {};
+  over.st = Fields(2024, 13, 32);
+  DATE rolled = 0;
+  ASSERT_EQ(VarDateFromUdate(&over, 0, &rolled), S_OK);
+  EXPECT_EQ(rolled, static_cast<double>(DayNumber(2025, 2, 1)));  // January 2025, day 32
+  over.st = Fields(10000, 1, 1);
+  EXPECT_EQ(VarDateFromUdate(&over, 0, &rolled), E_INVALIDARG);
   // Value-only flags.
   UDATE u = {};
   u.st = Fields(2024, 1, 1, 6);

@@ -29,6 +29,15 @@ locale_t UnicodeLocale() {
 
 bool IsSurrogate(wchar_t ch) { return ch >= 0xD800 && ch <= 0xDFFF; }
 
+#if defined(_WIN32)
+// The runtime's towupper maps only ASCII in its default locale; the system's
+// invariant mapping covers all of Unicode whatever the user's settings.
+wchar_t MapCase(wchar_t ch, DWORD how) {
+  wchar_t out = ch;
+  return LCMapStringEx(LOCALE_NAME_INVARIANT, how, &ch, 1, &out, 1, nullptr, nullptr, 0) == 1 ? out : ch;
+}
+#endif
+
 }  // namespace
 
 bool IsAlnumW(wchar_t ch) { return !IsSurrogate(ch) && CC_CLASS(iswalnum, ch); }
@@ -45,19 +54,23 @@ bool IsPunctW(wchar_t ch) { return !IsSurrogate(ch) && CC_CLASS(iswpunct, ch); }
 wchar_t ToUpperW(wchar_t ch) {
   if (ch < 0x80) return (ch >= L'a' && ch <= L'z') ? static_cast<wchar_t>(ch - L'a' + L'A') : ch;
   if (IsSurrogate(ch)) return ch;
-#if !defined(_WIN32)
+#if defined(_WIN32)
+  return MapCase(ch, LCMAP_UPPERCASE);
+#else
   if (UnicodeLocale()) return static_cast<wchar_t>(towupper_l(static_cast<wint_t>(ch), UnicodeLocale()));
-#endif
   return static_cast<wchar_t>(towupper(static_cast<wint_t>(ch)));
+#endif
 }
 
 wchar_t ToLowerW(wchar_t ch) {
   if (ch < 0x80) return (ch >= L'A' && ch <= L'Z') ? static_cast<wchar_t>(ch - L'A' + L'a') : ch;
   if (IsSurrogate(ch)) return ch;
-#if !defined(_WIN32)
+#if defined(_WIN32)
+  return MapCase(ch, LCMAP_LOWERCASE);
+#else
   if (UnicodeLocale()) return static_cast<wchar_t>(towlower_l(static_cast<wint_t>(ch), UnicodeLocale()));
-#endif
   return static_cast<wchar_t>(towlower(static_cast<wint_t>(ch)));
+#endif
 }
 
 }  // namespace chartcore

@@ -39,26 +39,28 @@ void CivilFromDays(std::int64_t z, std::int64_t& y, unsigned& m, unsigned& d) {
 
 std::int64_t OleDay(std::int64_t y, unsigned m, unsigned d) { return DaysFromCivil(y, m, d) + kOleDayOfUnixEpoch; }
 
-}  // namespace
 
-HRESULT VarDateFromUdate(UDATE* pudateIn, ULONG dwFlags, DATE* pdateOut) {
-  if (!pudateIn || !pdateOut) return E_INVALIDARG;
-  const SYSTEMTIME& st = pudateIn->st;
+std::int64_t FloorDiv(std::int64_t a, std::int64_t b) { return a / b - ((a % b != 0) && ((a < 0) != (b < 0))); }
+
+// Builds a DATE from fields, normalising every field that runs over: the
+// month into the following years, the day into the following months, the
+// time into the following days. Only a year above 9999 fails.
+HRESULT BuildDate(const SYSTEMTIME& st, ULONG dwFlags, DATE* pdateOut) {
   std::int64_t year = st.wYear;
   if (year <= 29) year += 2000;
   else if (year <= 99) year += 1900;
-  if (year > 9999 || st.wMonth > 12 || st.wDay > 31) return E_INVALIDARG;
-  if (st.wHour > 23 || st.wMinute > 59 || st.wSecond > 59) return E_INVALIDARG;
-  unsigned month = st.wMonth;
-  if (month == 0) {
-    month = 12;
-    --year;
-  }
+  if (year > 9999) return E_INVALIDARG;
+  // Month 0 is December of the year before.
+  std::int64_t month = static_cast<std::int64_t>(st.wMonth) - 1;
+  year += FloorDiv(month, 12);
+  month -= 12 * FloorDiv(month, 12);
   // Counting from the month's first day makes day 0 the last day of the
   // month before and lets days past the month's end run into the next.
-  const std::int64_t day = OleDay(year, month, 1) + st.wDay - 1;
-  if (day < kFirstOleDay || day > kLastOleDay) return E_INVALIDARG;
-  const double time = static_cast<double>(st.wHour * 3600 + st.wMinute * 60 + st.wSecond) / kSecondsPerDay;
+  std::int64_t day = OleDay(year, static_cast<unsigned>(month + 1), 1) + st.wDay - 1;
+  std::int64_t seconds = st.wHour * std::int64_t{3600} + st.wMinute * std::int64_t{60} + st.wSecond;
+  day += seconds / kSecondsPerDay;
+  seconds %= kSecondsPerDay;
+  const double time = static_cast<double>(seconds) / kSecondsPerDay;
   DATE result;
   if (dwFlags & VAR_TIMEVALUEONLY) result = time;
   else if (dwFlags & VAR_DATEVALUEONLY) result = static_cast<double>(day);
@@ -67,11 +69,18 @@ HRESULT VarDateFromUdate(UDATE* pudateIn, ULONG dwFlags, DATE* pdateOut) {
   return S_OK;
 }
 
+}  // namespace
+
+HRESULT VarDateFromUdate(UDATE* pudateIn, ULONG dwFlags, DATE* pdateOut) {
+  if (!pudateIn || !pdateOut) return E_INVALIDARG;
+  return BuildDate(pudateIn->st, dwFlags, pdateOut);
+}
+
 INT SystemTimeToVariantTime(LPSYSTEMTIME lpSystemTime, double* pvtime) {
   if (!lpSystemTime || !pvtime) return FALSE;
-  UDATE u = {};
-  u.st = *lpSystemTime;
-  return VarDateFromUdate(&u, 0, pvtime) == S_OK ? TRUE : FALSE;
+  // Unlike VarDateFromUdate, a month above 12 or a day above 31 is refused.
+  if (lpSystemTime->wMonth > 12 || lpSystemTime->wDay > 31) return FALSE;
+  return BuildDate(*lpSystemTime, 0, pvtime) == S_OK ? TRUE : FALSE;
 }
 
 HRESULT VarUdateFromDate(DATE dateIn, ULONG dwFlags, UDATE* pudateOut) {

@@ -53,18 +53,18 @@ constexpr ULONG VAR_DATEVALUEONLY = 0x00000002;
 // ---------------------------------------------------------------------------
 
 // VarDateFromUdate: the DATE of the fields in pudateIn->st (day of week, day
-// of year and milliseconds are ignored). Fields are normalised as Windows
-// does: a two-digit year 0-29 means 2000-2029 and 30-99 means 1930-1999; a
-// month of 0 is December of the year before; a day of 0 is the last day of
-// the month before; a day up to 31 past the month's end rolls into the next
-// month (2023-02-29 is 2023-03-01). Returns S_OK, or E_INVALIDARG (and leaves
-// *pdateOut alone) for a month above 12, a day above 31, an hour above 23, a
-// minute or second above 59, a year above 9999, a result before 100-01-01, or
-// a null pointer.
+// of year and milliseconds are ignored), normalised as Windows does: a
+// two-digit year 0-29 means 2000-2029 and 30-99 means 1930-1999; a month of 0
+// is December of the year before and months past 12 run into the following
+// years; a day of 0 is the last day of the month before and days past the
+// month's end run into the following months (2023-02-29 is 2023-03-01);
+// hours, minutes and seconds past their range run into the following days.
+// Returns S_OK, or E_INVALIDARG (leaving *pdateOut alone) for a year above
+// 9999 or a null pointer.
 CHARTCORE_API HRESULT VarDateFromUdate(UDATE* pudateIn, ULONG dwFlags, DATE* pdateOut);
 
-// SystemTimeToVariantTime: the same for a SYSTEMTIME; TRUE on success, FALSE
-// on failure.
+// SystemTimeToVariantTime: the same for a SYSTEMTIME, except that a month
+// above 12 or a day above 31 fails; TRUE on success, FALSE on failure.
 CHARTCORE_API INT SystemTimeToVariantTime(LPSYSTEMTIME lpSystemTime, double* pvtime);
 
 // ---------------------------------------------------------------------------

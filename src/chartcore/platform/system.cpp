@@ -122,7 +122,9 @@ int MulDiv(int a, int b, int c) {
   const std::int64_t absRemainder = remainder < 0 ? -remainder : remainder;
   const std::int64_t absDivisor = c < 0 ? -static_cast<std::int64_t>(c) : c;
   if (2 * absRemainder >= absDivisor) quotient += ((product < 0) != (c < 0)) ? -1 : 1;
-  if (quotient > INT32_MAX || quotient < INT32_MIN) return -1;
+  // As on Windows, -2^31 counts as overflow too: the result fits in 32 bits
+  // and its negation does.
+  if (quotient > INT32_MAX || quotient < -INT32_MAX) return -1;
   return static_cast<int>(quotient);
 }
 

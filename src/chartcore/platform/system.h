@@ -114,7 +114,7 @@ CHARTCORE_API int MessageBoxW(void* owner, LPCWSTR text, LPCWSTR caption, UINT t
 // ---------------------------------------------------------------------------
 #if !defined(_WIN32)
 // MulDiv: a * b / c computed in 64 bits and rounded half away from zero;
-// -1 when c is 0 or the result does not fit in 32 bits.
+// -1 when c is 0 or the result lies outside -(2^31-1) .. 2^31-1.
 //   MulDiv(13, 72, 96) == 10     (9.75 rounds up)
 //   MulDiv(-13, 72, 96) == -10
 CHARTCORE_API int MulDiv(int a, int b, int c);

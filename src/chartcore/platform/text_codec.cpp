@@ -198,14 +198,14 @@ std::string WideToCp949Impl(const wchar_t* text, size_t length) {
 // Windows: the system's code-page functions.
 // ---------------------------------------------------------------------------
 
-std::wstring MultiByteToWide(UINT codePage, const char* bytes, size_t length) {
+std::wstring MultiByteToWide(UINT codePage, DWORD flags, const char* bytes, size_t length) {
   std::wstring out;
   if (length == 0) return out;
   const int inLen = length > 0x7FFFFFFF ? 0x7FFFFFFF : static_cast<int>(length);
-  const int n = MultiByteToWideChar(codePage, 0, bytes, inLen, nullptr, 0);
+  const int n = MultiByteToWideChar(codePage, flags, bytes, inLen, nullptr, 0);
   if (n <= 0) return out;
   out.resize(static_cast<size_t>(n));
-  MultiByteToWideChar(codePage, 0, bytes, inLen, &out[0], n);
+  MultiByteToWideChar(codePage, flags, bytes, inLen, &out[0], n);
   return out;
 }
 
@@ -220,7 +220,29 @@ std::string WideToMultiByte(UINT codePage, const wchar_t* text, size_t length) {
   return out;
 }
 
-std::wstring Cp949ToWideImpl(const char* bytes, size_t length) { return MultiByteToWide(949, bytes, length); }
+std::wstring Cp949ToWideImpl(const char* bytes, size_t length) {
+  std::wstring out = MultiByteToWide(949, MB_ERR_INVALID_CHARS, bytes, length);
+  if (!out.empty()) return out;
+  // Some byte is undecodable: go character by character so that it alone
+  // becomes U+FFFD and decoding resumes at the next byte (the system would
+  // swallow a lead byte's ASCII successor into its '?').
+  out.reserve(length);
+  size_t i = 0;
+  while (i < length) {
+    const size_t n = IsDBCSLeadByteEx(949, static_cast<BYTE>(bytes[i])) && i + 1 < length ? 2 : 1;
+    wchar_t w[2];
+    const int got = MultiByteToWideChar(949, MB_ERR_INVALID_CHARS, bytes + i, static_cast<int>(n), w, 2);
+    if (got > 0) {
+      out.append(w, static_cast<size_t>(got));
+      i += n;
+    } else {
+      out += static_cast<wchar_t>(kReplacement);
+      ++i;
+    }
+  }
+  return out;
+}
+
 std::string WideToCp949Impl(const wchar_t* text, size_t length) { return WideToMultiByte(949, text, length); }
 
 #endif
