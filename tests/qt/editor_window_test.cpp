@@ -1,0 +1,219 @@
+// The script editor as a real window: typing, colouring, caret, list and tip.
+#include <QClipboard>
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QTest>
+
+#include <cstring>
+
+#include "qt_test_util.h"
+
+using qt_test::CountColor;
+using qt_test::CountOther;
+using qt_test::EditorTest;
+
+namespace {
+
+const QRgb kRed = qRgb(255, 0, 0);
+const QRgb kGreen = qRgb(0, 128, 0);
+
+using EditorWindow = EditorTest;
+
+TEST_F(EditorWindow, TypedFormulaIsColouredWordByWord) {
+  // Large enough that glyph stems cover whole pixels in the exact colour.
+  widget->SetFontPointSize(24);
+  QTest::keyClicks(client, "a = crossup(close, 5); // buy");
+  QTest::keyClick(client, Qt::Key_Escape);
+  // Space went through the key-down path and '(' through WM_CHAR: each
+  // once, nothing else inserted.
+  EXPECT_EQ(widget->Text(), QString("a = crossup(close, 5); // buy"));
+  const QImage image = Grab();
+  image.save(qt_test::ShotPath("editor_formula.png"));
+  const QRect word = CellRect(0, 4, 11);      // "crossup": a built-in function word
+  const QRect comment = CellRect(0, 22, 28);  // "// buy"
+  const QRect plain = CellRect(0, 0, 4);      // "a = "
+  EXPECT_GT(CountColor(image, word, kRed), 3);
+  EXPECT_EQ(CountColor(image, word, kGreen), 0);
+  EXPECT_GT(CountColor(image, comment, kGreen), 3);
+  EXPECT_EQ(CountColor(image, comment, kRed), 0);
+  EXPECT_EQ(CountColor(image, plain, kRed), 0);
+  EXPECT_EQ(CountColor(image, plain, kGreen), 0);
+  EXPECT_GT(CountOther(image, plain, qRgb(255, 255, 255)), 0);
+}
+
+TEST_F(EditorWindow, KeysReachTheEditorOnceAsOnWindows) {
+  // Enter and Tab are handled on key-down: no second character follows.
+  QTest::keyClicks(client, "x");
+  QTest::keyClick(client, Qt::Key_Tab);
+  QTest::keyClicks(client, "y");
+  QTest::keyClick(client, Qt::Key_Return);
+  QTest::keyClicks(client, "z");
+  EXPECT_EQ(widget->Text(), QString("x\ty\nz"));
+  // '(' shares its code with the Down key; typed on the last line it must be
+  // text, not a caret move (the caret stays on line 1).
+  QTest::keyClick(client, Qt::Key_Up);
+  QTest::keyClick(client, Qt::Key_End);
+  QTest::keyClick(client, Qt::Key_ParenLeft, Qt::ShiftModifier, 0);
+  EXPECT_EQ(Edit().GetCursorPos(), CPoint(4, 0));
+  EXPECT_EQ(widget->Text(), QString("x\ty(\nz"));
+  // Backspace deletes through WM_CHAR; Delete deletes forward and types no
+  // DEL character.
+  QTest::keyClick(client, Qt::Key_Backspace);
+  QTest::keyClick(client, Qt::Key_Home);
+  QTest::keyClick(client, Qt::Key_Delete);
+  EXPECT_EQ(widget->Text(), QString("\ty\nz"));
+  // Ctrl+A selects all and types no control character; typing replaces.
+  QTest::keyClick(client, Qt::Key_A, Qt::ControlModifier);
+  QTest::keyClicks(client, "k");
+  EXPECT_EQ(widget->Text(), QString("k"));
+  // Ctrl+Z takes the typing back, Ctrl+Y redoes it.
+  QTest::keyClick(client, Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_EQ(widget->Text(), QString("\ty\nz"));
+  QTest::keyClick(client, Qt::Key_Y, Qt::ControlModifier);
+  EXPECT_EQ(widget->Text(), QString("k"));
+  // Shift extends the selection while it is held (key state from the events).
+  QTest::keyClicks(client, "lmn");
+  QTest::keyClick(client, Qt::Key_Left, Qt::ShiftModifier);
+  QTest::keyClick(client, Qt::Key_Left, Qt::ShiftModifier);
+  EXPECT_EQ(chartcore::qt::ToQString(Edit().GetSelectedText()), QString("mn"));
+  EXPECT_GE(chartcore::GetPortKeyState(VK_SHIFT), 0);  // released again after the click
+}
+
+TEST_F(EditorWindow, MousePlacesCaretAndSelects) {
+  widget->SetText("alpha beta\ngamma");
+  const QRect b = CellRect(0, 6, 7);
+  QTest::mouseClick(client, Qt::LeftButton, Qt::NoModifier, QPoint(b.left() + 1, b.center().y()));
+  EXPECT_EQ(Edit().GetCursorPos(), CPoint(6, 0));
+  // Shift+click extends to the clicked place on the next line.
+  const QRect m = CellRect(1, 3, 4);
+  QTest::mouseClick(client, Qt::LeftButton, Qt::ShiftModifier, QPoint(m.left() + 1, m.center().y()));
+  EXPECT_EQ(chartcore::qt::ToQString(Edit().GetSelectedText()), QString("beta\r\ngam"));
+  // A drag selects from press to release.
+  const QRect a0 = CellRect(0, 0, 1);
+  const QRect a5 = CellRect(0, 5, 6);
+  QTest::mousePress(client, Qt::LeftButton, Qt::NoModifier, QPoint(a0.left() + 1, a0.center().y()));
+  QMouseEvent move(QEvent::MouseMove, QPointF(a5.left() + 1, a5.center().y()), client->mapToGlobal(QPointF(a5.left() + 1, a5.center().y())),
+                   Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(client, &move);
+  QTest::mouseRelease(client, Qt::LeftButton, Qt::NoModifier, QPoint(a5.left() + 1, a5.center().y()));
+  EXPECT_EQ(chartcore::qt::ToQString(Edit().GetSelectedText()), QString("alpha"));
+  // A double click selects the word under it.
+  const QRect g = CellRect(1, 2, 3);
+  QTest::mouseDClick(client, Qt::LeftButton, Qt::NoModifier, QPoint(g.left() + 1, g.center().y()));
+  EXPECT_EQ(chartcore::qt::ToQString(Edit().GetSelectedText()), QString("gamma"));
+  // The selection is painted inverted (black behind white text): most of
+  // its cells are black, while unselected text is mostly background.
+  const QImage image = Grab();
+  const QRect selected = CellRect(1, 0, 5);
+  const QRect plain = CellRect(0, 0, 5);
+  const int area = selected.width() * selected.height();
+  EXPECT_GT(CountColor(image, selected, qRgb(0, 0, 0)), area / 2);
+  EXPECT_LT(CountColor(image, plain, qRgb(0, 0, 0)), area / 4);
+}
+
+TEST_F(EditorWindow, ClipboardIsTheSystemOne) {
+  widget->SetText("one\ntwo");
+  QTest::keyClick(client, Qt::Key_A, Qt::ControlModifier);
+  QTest::keyClick(client, Qt::Key_C, Qt::ControlModifier);
+  // Other programs get "\n" line ends.
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), QString("one\ntwo"));
+  QGuiApplication::clipboard()->setText("three");
+  QTest::keyClick(client, Qt::Key_End, Qt::ControlModifier);
+  QTest::keyClick(client, Qt::Key_V, Qt::ControlModifier);
+  EXPECT_EQ(widget->Text(), QString("one\ntwothree"));
+  // Text pasted from elsewhere may carry "\n" lines: they become lines.
+  QGuiApplication::clipboard()->setText("x\ny");
+  QTest::keyClick(client, Qt::Key_V, Qt::ControlModifier);
+  EXPECT_EQ(Edit().GetLineCount(), 3);
+  QGuiApplication::clipboard()->clear();
+  EXPECT_FALSE(Edit().Paste());
+}
+
+TEST_F(EditorWindow, CompletionListOpensBelowTheCaretAndDoubleClickInserts) {
+  QTest::keyClicks(client, "x = crossu");
+  ASSERT_TRUE(Edit().IsListShown());
+  QWidget* list = ListWidget();
+  ASSERT_NE(list, nullptr);
+  EXPECT_TRUE(list->isVisible());
+  EXPECT_TRUE(list->isWindow());
+  EXPECT_FALSE(list->isActiveWindow());  // the editor keeps the keyboard
+  // Right below the caret line.
+  const CPoint caret = Edit().TextToClient(Edit().GetCursorPos());
+  EXPECT_EQ(list->geometry().topLeft(), client->mapToGlobal(QPoint(caret.x, caret.y + Edit().GetLineHeight())));
+  CIntelliList& items = Edit().GetIntelliList();
+  EXPECT_EQ(chartcore::qt::ToQString(items.GetSelectedText()), QString("crossup"));
+  qt_test::ComposeShot(client, {list}).save(qt_test::ShotPath("completion_list.png"));
+  // Double click on the selected row: the typed part is replaced by the word.
+  QWidget* rows = chartcore::qt::ClientWidget(&items);
+  const int row = items.GetCurSel() - items.GetTopIndex();
+  const QPoint at(10, row * items.GetRowHeight() + items.GetRowHeight() / 2);
+  QTest::mouseDClick(rows, Qt::LeftButton, Qt::NoModifier, at);
+  EXPECT_EQ(widget->Text(), QString("x = crossup"));
+  EXPECT_FALSE(Edit().IsListShown());
+  EXPECT_FALSE(list->isVisible());
+  // The list is sorted, one entry per row: the row above holds the entry
+  // before in case-insensitive order.
+  EXPECT_LT(items.GetItemText(0).CompareNoCase(items.GetItemText(1)), 0);
+}
+
+TEST_F(EditorWindow, TipShowsItsLinesAndHidesAfterThreeSeconds) {
+  QTest::keyClicks(client, "v = MyAvg(");
+  ASSERT_TRUE(Edit().IsTipShown());
+  QWidget* tip = TipWidget();
+  ASSERT_NE(tip, nullptr);
+  QElapsedTimer shown;
+  shown.start();
+  EXPECT_TRUE(tip->isVisible());
+  EXPECT_FALSE(tip->isActiveWindow());
+  // Sized from the real font: at least "테스트" measured in the tip's font
+  // (a zeroed LOGFONT of height 15) plus 10, one line height per line plus 2.
+  LOGFONT lf;
+  std::memset(&lf, 0, sizeof(lf));
+  lf.lfHeight = 15;
+  const QFontMetrics& fm = chartcore::qt::FontMetricsOf(&lf);
+  EXPECT_GE(tip->width(), fm.horizontalAdvance(QString("테스트")) + 10);
+  EXPECT_GE(tip->width(), fm.horizontalAdvance(QString("MyAvg(Price, Period)")) + 10);
+  EXPECT_EQ(tip->height(), fm.height() * 2 + 2);
+  CIntelliTip& tipWnd = Edit().GetIntelliTip();
+  ASSERT_EQ(tipWnd.GetNumParams(), 2);
+  EXPECT_EQ(chartcore::qt::ToQString(tipWnd.GetParams()[1]), QString("이동평균"));
+  // Pale yellow inside a one-pixel black border, with text on both lines.
+  const QImage image = tip->grab().toImage().convertToFormat(QImage::Format_RGB32);
+  image.save(qt_test::ShotPath("parameter_tip.png"));
+  EXPECT_EQ(image.pixel(0, 0) & 0xFFFFFF, 0u);
+  EXPECT_EQ(image.pixel(image.width() - 1, image.height() - 1) & 0xFFFFFF, 0u);
+  EXPECT_EQ(image.pixel(1, 1) & 0xFFFFFF, qRgb(255, 255, 200) & 0xFFFFFF);
+  const QRgb pale = qRgb(255, 255, 200);
+  EXPECT_GT(CountOther(image, QRect(2, 1, image.width() - 4, fm.height()), pale), 10);
+  EXPECT_GT(CountOther(image, QRect(2, 1 + fm.height(), image.width() - 4, fm.height()), pale), 10);
+  // Gone by itself 3 seconds after Show: a window timer never fires early.
+  QTRY_VERIFY_WITH_TIMEOUT(!tip->isVisible(), 6000);
+  EXPECT_GE(shown.elapsed(), 2990);
+  EXPECT_FALSE(tipWnd.IsShown());
+}
+
+TEST_F(EditorWindow, EscapeHidesListAndTip) {
+  QTest::keyClicks(client, "cro");
+  ASSERT_TRUE(Edit().IsListShown());
+  QTest::keyClick(client, Qt::Key_Escape);
+  EXPECT_FALSE(Edit().IsListShown());
+  EXPECT_FALSE(ListWidget()->isVisible());
+  EXPECT_EQ(widget->Text(), QString("cro"));  // Escape types nothing
+  QTest::keyClick(client, Qt::Key_Return);
+  QTest::keyClicks(client, "MyAvg(");
+  ASSERT_TRUE(Edit().IsTipShown());
+  QTest::keyClick(client, Qt::Key_Escape);
+  EXPECT_FALSE(Edit().IsTipShown());
+  EXPECT_FALSE(TipWidget()->isVisible());
+  // Both at once: the list goes with the first Escape, then the tip.
+  QTest::keyClick(client, Qt::Key_Return);
+  QTest::keyClicks(client, "MyAvg(cro");
+  ASSERT_TRUE(Edit().IsTipShown());
+  ASSERT_TRUE(Edit().IsListShown());
+  QTest::keyClick(client, Qt::Key_Escape);
+  if (Edit().IsTipShown()) QTest::keyClick(client, Qt::Key_Escape);
+  EXPECT_FALSE(ListWidget()->isVisible());
+  EXPECT_FALSE(TipWidget()->isVisible());
+}
+
+}  // namespace
