@@ -217,6 +217,25 @@ TEST_F(ProfileFiles, WritingKeepsEncodingLineEndsAndOtherLines) {
   // A key of the section "" goes before the first header.
   EXPECT_TRUE(WritePrivateProfileStringW(L"", L"Top", L"1", PathOf("last.ini").c_str()));
   EXPECT_EQ(ReadBytes("last.ini"), "Top=1\r\n[S]\r\nA=22");
+  // An unterminated last line ending in a bare \r keeps it in its value: the
+  // line gets \r\n even in a \n file, so the \r is not read as a line end.
+  WriteBytes("cr.ini", "[S]\nA=v\r");
+  EXPECT_EQ(Get(L"S", L"A", PathOf("cr.ini")), L"v\r");
+  EXPECT_TRUE(WritePrivateProfileStringW(L"S", L"B", L"2", PathOf("cr.ini").c_str()));
+  EXPECT_EQ(ReadBytes("cr.ini"), "[S]\nA=v\r\r\nB=2\n");
+  EXPECT_EQ(Get(L"S", L"A", PathOf("cr.ini")), L"v\r");
+  // A UTF-16 file cut at an odd byte: the lines added after it start on a
+  // code unit, so they read back.
+  const std::wstring cut = L"[S]\r\nA=1";
+  WriteBytes("odd.ini", std::string("\xFF\xFE") + chartcore::WideToUtf16LE(cut.data(), cut.size()) + "x");
+  EXPECT_TRUE(WritePrivateProfileStringW(L"S", L"B", L"2", PathOf("odd.ini").c_str()));
+  EXPECT_EQ(Get(L"S", L"B", PathOf("odd.ini")), L"2");
+  EXPECT_EQ(Get(L"S", L"A", PathOf("odd.ini")), L"1\xFFFD");
+  // A read-only file is not replaced (by its permission bits, even for root).
+  WriteBytes("ro.ini", "[S]\nA=1\n");
+  ASSERT_EQ(::chmod((dir_ + "/ro.ini").c_str(), 0444), 0);
+  EXPECT_FALSE(WritePrivateProfileStringW(L"S", L"A", L"2", PathOf("ro.ini").c_str()));
+  EXPECT_EQ(ReadBytes("ro.ini"), "[S]\nA=1\n");
 }
 
 TEST_F(ProfileFiles, SeesChangesMadeBehindItsBack) {

@@ -2,12 +2,9 @@
 
 #if !defined(_WIN32)
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -18,6 +15,7 @@
 #include <vector>
 
 #include "chartcore/platform/chartype.h"
+#include "chartcore/platform/file.h"
 #include "chartcore/platform/text_codec.h"
 
 namespace chartcore {
@@ -27,13 +25,6 @@ namespace {
 // ---------------------------------------------------------------------------
 // Files
 // ---------------------------------------------------------------------------
-
-// The library's paths use `\`; the system call needs `/` and UTF-8.
-std::string NativeProfilePath(const wchar_t* path) {
-  std::string native = WideToUtf8(path, std::wcslen(path));
-  std::replace(native.begin(), native.end(), '\\', '/');
-  return native;
-}
 
 // What identifies one version of a file's contents for the cache.
 struct FileStamp {
@@ -48,7 +39,7 @@ struct FileStamp {
   }
 };
 
-bool StampOf(const std::string& path, FileStamp& stamp, mode_t* mode = nullptr) {
+bool StampOf(const std::string& path, FileStamp& stamp) {
   struct stat st;
   if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return false;
   stamp.device = st.st_dev;
@@ -56,7 +47,6 @@ bool StampOf(const std::string& path, FileStamp& stamp, mode_t* mode = nullptr) 
   stamp.size = st.st_size;
   stamp.mtimeSec = static_cast<long long>(st.st_mtim.tv_sec);
   stamp.mtimeNsec = st.st_mtim.tv_nsec;
-  if (mode) *mode = st.st_mode;
   return true;
 }
 
@@ -69,27 +59,6 @@ bool ReadWholeFile(const std::string& path, std::string& bytes) {
   while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0) bytes.append(chunk, n);
   const bool ok = !std::ferror(f);
   std::fclose(f);
-  return ok;
-}
-
-// Writes bytes to a temporary file beside path and renames it over path, so
-// readers see the old file or the new one, never half of it.
-bool ReplaceFileAtomically(const std::string& path, const std::string& bytes, const mode_t* keepMode) {
-  std::string temp = path + ".XXXXXX";
-  const int fd = ::mkstemp(&temp[0]);
-  if (fd < 0) return false;
-  bool ok = ::fchmod(fd, keepMode ? (*keepMode & 07777) : 0644) == 0;
-  size_t done = 0;
-  while (ok && done < bytes.size()) {
-    const ssize_t w = ::write(fd, bytes.data() + done, bytes.size() - done);
-    if (w < 0 && errno == EINTR) continue;
-    if (w <= 0) ok = false;
-    else done += static_cast<size_t>(w);
-  }
-  if (ok) ok = ::fsync(fd) == 0;
-  if (::close(fd) != 0) ok = false;
-  if (ok) ok = ::rename(temp.c_str(), path.c_str()) == 0;
-  if (!ok) ::unlink(temp.c_str());
   return ok;
 }
 
@@ -275,7 +244,7 @@ void ForgetCached(const std::string& path) {
 // The parsed file, or null when it cannot be read.
 std::shared_ptr<const Profile> LoadProfile(const wchar_t* file) {
   if (!file) return nullptr;
-  const std::string path = NativeProfilePath(file);
+  const std::string path = NativePathBytes(file);
   FileStamp stamp;
   if (!StampOf(path, stamp)) return nullptr;
   {
@@ -358,18 +327,34 @@ Line MakeLine(const Profile& p, const std::wstring& text) {
   return line;
 }
 
-// Lines inserted after an unterminated last line need it terminated first.
+// Lines inserted after an unterminated last line need it terminated first,
+// without changing what it reads as. A UTF-16 file cut at an odd byte ends in
+// a stray byte (read as U+FFFD): that line is written again from its text, so
+// the lines added after it start on a code unit. A line ending in a bare '\r'
+// gets "\r\n" whatever the file's style, as a "\n" would make that '\r' part
+// of the line end and take it from the value.
 void TerminateLine(const Profile& p, Line& line) {
   if (!line.terminated) {
-    line.raw += p.newline;
+    if (p.codePage == kCodePageUtf16LE && line.raw.size() % 2 != 0)
+      line.raw = WideToBytes(line.text.data(), line.text.size(), p.codePage);
+    const bool endsInCr = !line.text.empty() && line.text.back() == L'\r';
+    line.raw += endsInCr ? WideToBytes(L"\r\n", 2, p.codePage) : p.newline;
     line.terminated = true;
   }
 }
 
-bool SaveLines(const std::string& path, const Profile& p, const mode_t* mode) {
+// Replaces the file atomically (readers see the old file or the new one,
+// never half of it); the new file keeps the old one's permissions.
+bool SaveLines(const wchar_t* file, const Profile& p) {
   std::string bytes = p.bom;
   for (const Line& l : p.lines) bytes += l.raw;
-  return ReplaceFileAtomically(path, bytes, mode);
+  return WriteFileAtomic(file, [&bytes](CFile& f) {
+           for (size_t done = 0; done < bytes.size();) {
+             const UINT chunk = static_cast<UINT>(std::min<size_t>(bytes.size() - done, 1u << 30));
+             f.Write(bytes.data() + done, chunk);
+             done += chunk;
+           }
+         }) != FALSE;
 }
 
 // Applies one edit to the lines; returns false when nothing changes.
@@ -497,19 +482,17 @@ BOOL WritePrivateProfileStringW(LPCWSTR app, LPCWSTR key, LPCWSTR value, LPCWSTR
   using namespace chartcore::internal;
   if (!app && !key && !value) return TRUE;  // a cache flush: nothing is held back
   if (!app || !file) return FALSE;
-  const std::string path = NativeProfilePath(file);
+  const std::string path = NativePathBytes(file);
   std::lock_guard<std::mutex> lock(WriteMutex());
   Profile profile;
   FileStamp stamp;
-  mode_t mode = 0;
-  const bool exists = StampOf(path, stamp, &mode);
-  if (exists) {
+  if (StampOf(path, stamp)) {
     std::string bytes;
     if (!ReadWholeFile(path, bytes)) return FALSE;
     Parse(bytes, profile);
   }
   if (!EditProfile(profile, TrimBlanks(app), key, value)) return TRUE;
-  const bool saved = SaveLines(path, profile, exists ? &mode : nullptr);
+  const bool saved = SaveLines(file, profile);
   ForgetCached(path);
   return saved ? TRUE : FALSE;
 }

@@ -46,10 +46,10 @@ CHARTCORE_API UINT GetPrivateProfileIntW(LPCWSTR app, LPCWSTR key, INT def, LPCW
 // deletes the key's line; a null key deletes the section's header and lines.
 // Lines it does not change keep their bytes; the file keeps its encoding and
 // line ends (a new file is UTF-8 with \r\n). The file is replaced atomically
-// (written beside it, then renamed over it). Returns TRUE on success (also
-// when there was nothing to delete), FALSE for a null app or file or when the
-// file cannot be written. All three arguments null is the Windows cache flush
-// and returns TRUE.
+// (written beside it, then renamed over it) and keeps its permissions.
+// Returns TRUE on success (also when there was nothing to delete), FALSE for
+// a null app or file, a read-only file, or a file that cannot be written.
+// All three arguments null is the Windows cache flush and returns TRUE.
 CHARTCORE_API BOOL WritePrivateProfileStringW(LPCWSTR app, LPCWSTR key, LPCWSTR value, LPCWSTR file);
 
 #endif  // !_WIN32
