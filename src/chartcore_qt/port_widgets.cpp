@@ -283,17 +283,14 @@ void QtWindowPort::DrawLine(CPoint from, CPoint to, COLORREF color, int width) {
     return;
   }
   if (from == to) return;
-  // LineTo leaves out the end point; so does this for straight lines.
-  QPoint end = ToQPoint(to);
-  if (from.y == to.y) end.rx() += to.x > from.x ? -1 : 1;
-  if (from.x == to.x) end.ry() += to.y > from.y ? -1 : 1;
+  // A flat cap ends the line at its end point, which LineTo leaves out.
   QPen pen(ToQColor(color));
   pen.setWidth(std::max(1, width));
   pen.setCapStyle(Qt::FlatCap);
   m_pPainter->save();
   m_pPainter->setRenderHint(QPainter::Antialiasing, false);
   m_pPainter->setPen(pen);
-  m_pPainter->drawLine(ToQPoint(from), end);
+  m_pPainter->drawLine(ToQPoint(from), ToQPoint(to));
   m_pPainter->restore();
 }
 
@@ -636,7 +633,12 @@ void PortClient::keyPressEvent(QKeyEvent* event) {
   const std::shared_ptr<bool> alive = m_pPort->AliveToken();
   const int key = event->key();
   const Qt::KeyboardModifiers mods = event->modifiers();
-  m_pFactory->NoteModifiers(mods);
+  // Some platforms leave a modifier out of its own key-down; it is down.
+  Qt::KeyboardModifiers down = mods;
+  if (key == Qt::Key_Shift) down |= Qt::ShiftModifier;
+  if (key == Qt::Key_Control) down |= Qt::ControlModifier;
+  if (key == Qt::Key_Alt) down |= Qt::AltModifier;
+  m_pFactory->NoteModifiers(down);
   if (!IsModifierKey(key)) {
     // A key the input method let through ends the composition first, so
     // the syllable lands before what the key does (a blank, a new line, a
@@ -649,7 +651,7 @@ void PortClient::keyPressEvent(QKeyEvent* event) {
     }
   }
   const UINT vk = VirtualKeyFromQt(key, mods);
-  const bool alt = mods.testFlag(Qt::AltModifier) && !mods.testFlag(Qt::ControlModifier);
+  const bool alt = down.testFlag(Qt::AltModifier) && !down.testFlag(Qt::ControlModifier);
   BOOL consumed = FALSE;
   if (vk != 0) {
     m_pFactory->NoteKey(vk, true);

@@ -2,10 +2,15 @@
 #include <QClipboard>
 #include <QElapsedTimer>
 #include <QGuiApplication>
+#include <QLineEdit>
+#include <QScrollBar>
 #include <QTest>
+#include <QWheelEvent>
 
+#include <cstdio>
 #include <cstring>
 
+#include "chartcore_qt/find_dialog.h"
 #include "qt_test_util.h"
 
 using qt_test::CountColor;
@@ -205,15 +210,136 @@ TEST_F(EditorWindow, EscapeHidesListAndTip) {
   QTest::keyClick(client, Qt::Key_Escape);
   EXPECT_FALSE(Edit().IsTipShown());
   EXPECT_FALSE(TipWidget()->isVisible());
-  // Both at once: the list goes with the first Escape, then the tip.
+  // Both at once: the list has the keys while it is shown, so the first
+  // Escape closes the list and the second the tip.
   QTest::keyClick(client, Qt::Key_Return);
   QTest::keyClicks(client, "MyAvg(cro");
   ASSERT_TRUE(Edit().IsTipShown());
   ASSERT_TRUE(Edit().IsListShown());
   QTest::keyClick(client, Qt::Key_Escape);
-  if (Edit().IsTipShown()) QTest::keyClick(client, Qt::Key_Escape);
+  EXPECT_FALSE(ListWidget()->isVisible());
+  EXPECT_TRUE(TipWidget()->isVisible());
+  QTest::keyClick(client, Qt::Key_Escape);
+  EXPECT_FALSE(TipWidget()->isVisible());
+  EXPECT_EQ(widget->Text(), QString("cro\nMyAvg(\nMyAvg(cro"));
+}
+
+TEST_F(EditorWindow, FindAndReplaceDialogs) {
+  widget->SetText("close open\nClose close");
+  // Ctrl+F opens the find dialog with the selected word to find.
+  Edit().SetSelection(CPoint(0, 0), CPoint(5, 0));
+  QTest::keyClick(client, Qt::Key_F, Qt::ControlModifier);
+  chartcore::qt::FindReplaceDialog* dialog = widget->findChild<chartcore::qt::FindReplaceDialog*>();
+  ASSERT_NE(dialog, nullptr);
+  EXPECT_TRUE(dialog->isVisible());
+  EXPECT_FALSE(dialog->IsReplaceMode());
+  EXPECT_EQ(dialog->GetFindText(), QString("close"));
+  EXPECT_EQ(widget->Text(), QString("close open\nClose close"));  // Ctrl+F typed nothing
+  // Find Next ignores case unless asked: "Close" on line 1 comes next.
+  EXPECT_TRUE(dialog->FindNext());
+  EXPECT_EQ(Edit().GetCursorPos(), CPoint(5, 1));
+  dialog->SetFlags(CCrystalTextWnd::FIND_MATCH_CASE);
+  EXPECT_TRUE(dialog->FindNext());
+  EXPECT_EQ(Edit().GetCursorPos(), CPoint(11, 1));
+  // F3 searches again with the dialog's text, Shift+F3 backwards.
+  QTest::keyClick(client, Qt::Key_F3);
+  EXPECT_EQ(Edit().GetCursorPos(), CPoint(5, 0));  // wrapped to the top
+  QTest::keyClick(client, Qt::Key_F3, Qt::ShiftModifier);
+  CPoint start, end;
+  Edit().GetSelection(start, end);
+  EXPECT_EQ(start, CPoint(6, 1));  // the match before, on the last line
+  EXPECT_EQ(end, CPoint(11, 1));
+  dialog->SetFindText("nowhere");
+  EXPECT_FALSE(dialog->FindNext());
+  EXPECT_EQ(dialog->GetStatusText(), QString("Not found"));
+  // Ctrl+H: the same dialog in replace mode. Replace All is one undo step.
+  QTest::keyClick(client, Qt::Key_H, Qt::ControlModifier);
+  EXPECT_TRUE(dialog->IsReplaceMode());
+  dialog->SetFindText("close");
+  dialog->SetReplaceText("high");
+  dialog->SetFlags(CCrystalTextWnd::FIND_WHOLE_WORD);
+  EXPECT_EQ(dialog->ReplaceAll(), 3);
+  EXPECT_EQ(dialog->GetStatusText(), QString("3 replaced"));
+  EXPECT_EQ(widget->Text(), QString("high open\nhigh high"));
+  EXPECT_TRUE(Edit().Undo());
+  EXPECT_EQ(widget->Text(), QString("close open\nClose close"));
+  // A text on two lines is never searched.
+  dialog->SetFindText("a\nb");
+  EXPECT_FALSE(dialog->FindNext());
+  dialog->hide();
+}
+
+TEST_F(EditorWindow, ScrollBarsFollowTheViewAndScrollIt) {
+  QString text;
+  for (int i = 0; i < 200; ++i) text += QString("line %1 ").arg(i) + QString(120, QLatin1Char('x')) + "\n";
+  widget->SetText(text);
+  QApplication::processEvents();
+  const QList<QScrollBar*> bars = widget->findChildren<QScrollBar*>();
+  QScrollBar* vbar = nullptr;
+  QScrollBar* hbar = nullptr;
+  for (QScrollBar* bar : bars) (bar->orientation() == Qt::Vertical ? vbar : hbar) = bar;
+  ASSERT_NE(vbar, nullptr);
+  ASSERT_NE(hbar, nullptr);
+  Grab();  // a paint brings the bars in line
+  const int page = Edit().GetScreenLines();
+  EXPECT_EQ(vbar->maximum(), 201 - page);  // 201 lines: the text ends with a line break
+  EXPECT_EQ(vbar->pageStep(), page);
+  EXPECT_GT(hbar->maximum(), 0);
+  // Moving the bar scrolls the view.
+  vbar->setValue(50);
+  EXPECT_EQ(Edit().GetTopLine(), 50);
+  hbar->setValue(40);
+  EXPECT_EQ(Edit().GetHorzOffset(), 40);
+  // Scrolling the view moves the bar: Ctrl+End goes to the last line.
+  QTest::keyClick(client, Qt::Key_End, Qt::ControlModifier);
+  EXPECT_EQ(vbar->value(), Edit().GetTopLine());
+  EXPECT_GT(vbar->value(), 150);
+  // The wheel scrolls by whole notches only.
+  const int top = Edit().GetTopLine();
+  const QPointF at(20, 20);
+  QWheelEvent half(at, client->mapToGlobal(at), QPoint(), QPoint(0, 60), Qt::NoButton, Qt::NoModifier,
+                   Qt::NoScrollPhase, false);
+  QApplication::sendEvent(client, &half);
+  EXPECT_EQ(Edit().GetTopLine(), top);
+  QApplication::sendEvent(client, &half);
+  EXPECT_LT(Edit().GetTopLine(), top);
+  EXPECT_EQ(vbar->value(), Edit().GetTopLine());
+}
+
+TEST_F(EditorWindow, LosingTheFocusHidesListAndTip) {
+  QTest::keyClicks(client, "MyAvg(cro");
+  ASSERT_TRUE(Edit().IsTipShown());
+  ASSERT_TRUE(Edit().IsListShown());
+  QLineEdit other(widget.get());
+  other.show();
+  other.setFocus();
+  QApplication::processEvents();
+  EXPECT_FALSE(Edit().IsListShown());
+  EXPECT_FALSE(Edit().IsTipShown());
   EXPECT_FALSE(ListWidget()->isVisible());
   EXPECT_FALSE(TipWidget()->isVisible());
+  EXPECT_NE(CWnd::GetFocus(), &Edit());
+  client->setFocus();
+  EXPECT_EQ(CWnd::GetFocus(), &Edit());
+}
+
+// The picture for the record: a formula with its colours, the tip over a
+// call and the completion list below it.
+TEST_F(EditorWindow, ScreenshotOfTheEditorAtWork) {
+  widget->SetFontPointSize(12);
+  QTest::keyClicks(client, "// golden cross of two averages");
+  QTest::keyClick(client, Qt::Key_Return);
+  QTest::keyClicks(client, "fast = ma(close, 5);");
+  QTest::keyClick(client, Qt::Key_Return);
+  QTest::keyClicks(client, "if crossup(fast, MyAvg(c");
+  ASSERT_TRUE(Edit().IsTipShown());
+  ASSERT_TRUE(Edit().IsListShown());
+  const QImage shot = qt_test::ComposeShot(widget.get(), {TipWidget(), ListWidget()});
+  const QString path = qt_test::ShotPath("editor_window.png");
+  ASSERT_TRUE(shot.save(path));
+  std::printf("screenshot: %s\n", path.toUtf8().constData());
+  // The tip stands below the caret line, the list below the tip.
+  EXPECT_EQ(ListWidget()->geometry().top(), TipWidget()->geometry().bottom() + 1);
 }
 
 }  // namespace
