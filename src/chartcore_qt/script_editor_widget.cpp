@@ -106,6 +106,11 @@ void ScriptEditorWidget::CheckChanges() {
   m_nUndoPosition = position;
   m_nUndoCount = count;
   if (edited) emit textEdited();
+  const CPoint caret = m_edit.GetCursorPos();
+  if (caret != m_ptCaret) {
+    m_ptCaret = caret;
+    emit cursorMoved(caret.y, caret.x);
+  }
   if (modified != m_bModified) {
     m_bModified = modified;
     emit modificationChanged(modified);

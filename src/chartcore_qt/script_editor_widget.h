@@ -84,6 +84,8 @@ class CHARTCORE_QT_API ScriptEditorWidget : public QWidget {
   void modificationChanged(bool modified);
   // An edit changed the text.
   void textEdited();
+  // The caret moved to another line or column (0-based).
+  void cursorMoved(int line, int column);
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -98,6 +100,7 @@ class CHARTCORE_QT_API ScriptEditorWidget : public QWidget {
   bool m_bModified = false;
   int m_nUndoPosition = 0;
   int m_nUndoCount = 0;
+  CPoint m_ptCaret;
 };
 
 }  // namespace qt
