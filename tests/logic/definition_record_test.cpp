@@ -1,6 +1,5 @@
 #include "chartcore/logic/definition_record.h"
 
-#include <cstring>
 #include <memory>
 
 #include <gtest/gtest.h>
@@ -15,13 +14,11 @@
 
 using testing_records::ByteWriter;
 using testing_records::Bytes;
-using testing_records::FirstTruncationWithoutEndOfFile;
-using testing_records::Load;
 using testing_records::Store;
 
 namespace {
 
-// Bytes as an object stream: a record (or anything) written with `ar << p`.
+// Bytes as an object stream: each object written with `ar << p`.
 Bytes StoreObjects(std::initializer_list<const CObject*> objects) {
   CMemFile file;
   CArchive ar(&file, CArchive::store);
@@ -46,101 +43,128 @@ int ReadObjectCause(const Bytes& bytes, std::string* kind = nullptr) {
   return -1;
 }
 
-template <class RECORD>
-void ExpectHeaderDefaults(int version) {
-  RECORD r;
-  EXPECT_EQ(r.m_nVersion, version);
-  EXPECT_TRUE(r.m_strText1.IsEmpty());
-  EXPECT_EQ(r.m_nFlag, 1);
-  EXPECT_EQ(r.m_dValue, 1.7976931348623157e308);
-  EXPECT_TRUE(r.m_strText2.IsEmpty());
-  const CRuntimeClass* rc = r.GetRuntimeClass();
-  EXPECT_EQ(rc->m_wSchema, VERSIONABLE_SCHEMA | 0);
-  EXPECT_TRUE(rc->IsDerivedFrom(RUNTIME_CLASS(CDBSubBase)));
-  // Dynamic creation by the class name archives write.
-  std::unique_ptr<CObject> made(CRuntimeClass::CreateObject(rc->m_lpszClassName));
-  ASSERT_NE(made, nullptr);
-  EXPECT_EQ(made->GetRuntimeClass(), rc);
-  EXPECT_EQ(Store(*made), Store(r));
+// Grow: one more element in every array of the record (and a text), so every
+// byte of its file lies inside some field.
+void Grow(CDBSubFUNCT& r) { r.m_strText3 = L"Value = C;"; }
+void Grow(CDBSubINDICA& r) {
+  CDBSubINDICA_ELM e;
+  e.strE11 = L"e";
+  r.m_arrElement.Add(e);
+  r.m_arrVariable.Add(CDBSubINDICA_VAR());
+  r.m_arrBase.Add(CDBSubINDICA_BASE());
+}
+void Grow(CDBSubSIGNAL& r) { r.m_arrVariable.Add(CDBSubSIGNAL_VAR()); }
+void Grow(CDBSubREGION& r) { r.m_arrVariable.Add(CDBSubREGION_VAR()); }
+void Grow(CDBSubFILL& r) { r.m_arrVariable.Add(CDBSubFILL_VAR()); }
+void Grow(CDBSubPATTERN& r) {
+  r.m_arrBong.Add(CDBSubPATTERN_BONG());
+  r.m_arrLine.Add(CDBSubPATTERN_LINE());
+  r.m_arrVariable.Add(CDBSubPATTERN_VAR());
+}
+void Grow(CDBSubOPTIMIZE& r) {
+  r.m_arrElement.Add(CDBSubOPTIMIZE_ELM());
+  r.m_arrVariable.Add(CDBSubOPTIMIZE_VAR());
 }
 
-// A record of every kind with texts, elements and variables, so that every
-// byte position of its file falls inside some field.
-template <class RECORD>
-void ExpectEveryTruncationEndsInEndOfFile(RECORD& rich) {
-  rich.m_strText1 = L"\uD55C\uAE00 text";
-  const Bytes bytes = Store(rich);
-  EXPECT_EQ(FirstTruncationWithoutEndOfFile<RECORD>(bytes), -1) << rich.GetRuntimeClass()->m_lpszClassName;
-  RECORD whole;
-  Load(bytes, whole);
-  EXPECT_EQ(Store(whole), bytes);
+// Kind: a record class, its current format version, and whether its copy
+// takes everything (the pattern keeps its own variables, the optimisation
+// clears nO09).
+template <class R>
+struct Kind {
+  using Record = R;
+  int version;
+  bool copiesAll;
+};
 
-  const Bytes object = StoreObjects({&rich});
-  for (std::size_t n = 0; n < object.size(); ++n) {
-    ASSERT_EQ(ReadObjectCause(Bytes(object.begin(), object.begin() + static_cast<long>(n))),
-              CArchiveException::endOfFile)
-        << n;
-  }
+template <class F>
+void ForEachKind(F check) {
+  check(Kind<CDBSubFUNCT>{0, true});
+  check(Kind<CDBSubINDICA>{7, true});
+  check(Kind<CDBSubSIGNAL>{0, true});
+  check(Kind<CDBSubREGION>{0, true});
+  check(Kind<CDBSubFILL>{1, true});
+  check(Kind<CDBSubPATTERN>{1, false});
+  check(Kind<CDBSubOPTIMIZE>{1, false});
 }
 
 }  // namespace
 
 TEST(DefinitionRecord, HeaderDefaultsSchemaAndCreationByName) {
-  ExpectHeaderDefaults<CDBSubFUNCT>(0);
-  ExpectHeaderDefaults<CDBSubINDICA>(7);
-  ExpectHeaderDefaults<CDBSubSIGNAL>(0);
-  ExpectHeaderDefaults<CDBSubREGION>(0);
-  ExpectHeaderDefaults<CDBSubFILL>(1);
-  ExpectHeaderDefaults<CDBSubPATTERN>(1);
-  ExpectHeaderDefaults<CDBSubOPTIMIZE>(1);
+  ForEachKind([](auto kind) {
+    typename decltype(kind)::Record r;
+    const CRuntimeClass* rc = r.GetRuntimeClass();
+    SCOPED_TRACE(rc->m_lpszClassName);
+    EXPECT_EQ(r.m_nVersion, kind.version);
+    EXPECT_TRUE(r.m_strText1.IsEmpty() && r.m_strText2.IsEmpty());
+    EXPECT_EQ(r.m_nFlag, 1);
+    EXPECT_EQ(r.m_dValue, 1.7976931348623157e308);  // the no-value mark
+    EXPECT_EQ(rc->m_wSchema, VERSIONABLE_SCHEMA | 0);
+    EXPECT_TRUE(rc->IsDerivedFrom(RUNTIME_CLASS(CDBSubBase)));
+    // Dynamic creation by the class name archives write.
+    std::unique_ptr<CObject> made(CRuntimeClass::CreateObject(rc->m_lpszClassName));
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(made->GetRuntimeClass(), rc);
+    EXPECT_EQ(Store(*made), Store(r));
+  });
   // The common base is a run-time class, but not one to create.
   EXPECT_EQ(CRuntimeClass::CreateObject("CDBSubBase"), nullptr);
   EXPECT_EQ(CRuntimeClass::CreateObject(L"CDBSubNOPE"), nullptr);
 }
 
 TEST(DefinitionRecord, EveryTruncationOfEveryKindEndsInEndOfFile) {
-  CDBSubFUNCT fn;
-  fn.m_strText3 = L"Value = C;";
-  ExpectEveryTruncationEndsInEndOfFile(fn);
+  ForEachKind([](auto kind) {
+    using R = typename decltype(kind)::Record;
+    R rich;
+    Grow(rich);
+    rich.m_strText1 = L"\uD55C\uAE00 text";  // 한글
+    SCOPED_TRACE(rich.GetRuntimeClass()->m_lpszClassName);
+    const Bytes bytes = Store(rich);
+    for (std::size_t n = 0; n < bytes.size(); ++n) {
+      R r;
+      ASSERT_EQ(testing_records::LoadCause(Bytes(bytes.begin(), bytes.begin() + static_cast<long>(n)), r),
+                CArchiveException::endOfFile)
+          << n;
+    }
+    EXPECT_EQ(testing_records::Reloaded<R>(bytes), bytes);
+    const Bytes object = StoreObjects({&rich});
+    for (std::size_t n = 0; n < object.size(); ++n) {
+      ASSERT_EQ(ReadObjectCause(Bytes(object.begin(), object.begin() + static_cast<long>(n))),
+                CArchiveException::endOfFile)
+          << n;
+    }
+  });
 
-  CDBSubINDICA ind;
-  ind.m_arrElement.Add(CDBSubINDICA_ELM());
-  ind.m_arrElement[0].strE11 = L"e";
-  ind.m_arrVariable.Add(CDBSubINDICA_VAR());
-  ind.m_arrBase.Add(CDBSubINDICA_BASE());
-  ExpectEveryTruncationEndsInEndOfFile(ind);
-
-  CDBSubSIGNAL sig;
-  sig.m_arrVariable.Add(CDBSubSIGNAL_VAR());
-  ExpectEveryTruncationEndsInEndOfFile(sig);
-  CDBSubREGION reg;
-  reg.m_arrVariable.Add(CDBSubREGION_VAR());
-  ExpectEveryTruncationEndsInEndOfFile(reg);
-  CDBSubFILL fill;
-  fill.m_arrVariable.Add(CDBSubFILL_VAR());
-  ExpectEveryTruncationEndsInEndOfFile(fill);
-
-  CDBSubPATTERN pat;
-  pat.m_arrBong.Add(CDBSubPATTERN_BONG());
-  pat.m_arrLine.Add(CDBSubPATTERN_LINE());
-  pat.m_arrVariable.Add(CDBSubPATTERN_VAR());
-  ExpectEveryTruncationEndsInEndOfFile(pat);
-
-  CDBSubOPTIMIZE opt;
-  opt.m_arrElement.Add(CDBSubOPTIMIZE_ELM());
-  opt.m_arrVariable.Add(CDBSubOPTIMIZE_VAR());
-  ExpectEveryTruncationEndsInEndOfFile(opt);
-}
-
-TEST(DefinitionRecord, HugeCountsEndInEndOfFile) {
   // A count of 0x7FFFFFFF with one element's worth of data: the reader must
   // run out of input, not allocate for two billion elements.
   ByteWriter w;
-  w.Header(0).Int(0).Int(1).Int(0).Dword(0).Int(-1).Int(-1).Str(L"").Str(L"");
-  w.Int(0x7FFFFFFF).Str(L"v").Int(1).Double(2.0);
+  w.Header(0).Ints({0, 1, 0, 0, -1, -1}).Str(L"").Str(L"").Int(0x7FFFFFFF).Var(L"v", 1, 2.0);
   CDBSubSIGNAL s;
   EXPECT_EQ(testing_records::LoadCause(w.bytes, s), CArchiveException::endOfFile);
   EXPECT_LE(s.m_arrVariable.GetSize(), 2);  // grown only as far as data arrived
+}
+
+TEST(DefinitionRecord, CopyDataBaseReplacesArraysAndTakesTheHeader) {
+  ForEachKind([](auto kind) {
+    using R = typename decltype(kind)::Record;
+    R src;
+    Grow(src);
+    src.m_strText2 = L"copied";
+    src.m_nVersion = 99;  // the version is copied like any header field
+    R dst;
+    for (int i = 0; i < 3; ++i) Grow(dst);  // more elements than the source
+    dst.CopyDataBase(&src);
+    SCOPED_TRACE(src.GetRuntimeClass()->m_lpszClassName);
+    EXPECT_EQ(dst.m_nVersion, 99);
+    EXPECT_EQ(dst.m_strText2, L"copied");
+    if (kind.copiesAll) {
+      EXPECT_EQ(Store(dst), Store(src));
+    }
+    // A null source and the record itself leave it as it is.
+    const Bytes before = Store(dst);
+    dst.CopyDataBase(nullptr);
+    dst.CopyDataBase(&dst);
+    EXPECT_EQ(Store(dst), before);
+  });
 }
 
 TEST(DefinitionRecord, ObjectOperatorRoundTripsAndTellsTheKind) {
@@ -151,16 +175,12 @@ TEST(DefinitionRecord, ObjectOperatorRoundTripsAndTellsTheKind) {
   const Bytes bytes = StoreObjects({&a, &b, &p});
 
   // First object: new-class tag, schema 0 (the versionable flag is not
-  // written), name length and name, then the record's own bytes.
+  // written), the name, then the record's own bytes; the second of the same
+  // class refers to class 1 (0x8001).
   ByteWriter head;
-  head.Word(0xFFFF).Word(0).Word(12);
-  for (char c : std::string("CDBSubINDICA")) head.Byte(static_cast<unsigned char>(c));
-  head.Append(Store(a));
-  ASSERT_GE(bytes.size(), head.bytes.size() + 2);
+  head.ClassTag("CDBSubINDICA").Append(Store(a)).Word(0x8001);
+  ASSERT_GE(bytes.size(), head.bytes.size());
   EXPECT_EQ(Bytes(bytes.begin(), bytes.begin() + static_cast<long>(head.bytes.size())), head.bytes);
-  // The second of the same class refers to class 1.
-  EXPECT_EQ(bytes[head.bytes.size()], 0x01);
-  EXPECT_EQ(bytes[head.bytes.size() + 1], 0x80);
 
   Bytes copy(bytes);
   CMemFile file(copy.data(), static_cast<UINT>(copy.size()));
@@ -169,10 +189,8 @@ TEST(DefinitionRecord, ObjectOperatorRoundTripsAndTellsTheKind) {
   CDBSubINDICA* rb = nullptr;
   ar >> ra >> rb;
   std::unique_ptr<CDBSubINDICA> ownA(ra), ownB(rb);
-  ASSERT_NE(ra, nullptr);
-  ASSERT_NE(rb, nullptr);
-  EXPECT_EQ(ra->nA01, 1);
-  EXPECT_EQ(rb->nA01, 2);
+  ASSERT_TRUE(ra != nullptr && rb != nullptr);
+  EXPECT_EQ(ra->nA01 * 10 + rb->nA01, 12);
   // The third is a pattern: asking for an indicator is refused.
   CDBSubINDICA* wrong = nullptr;
   try {
@@ -186,21 +204,15 @@ TEST(DefinitionRecord, ObjectOperatorRoundTripsAndTellsTheKind) {
   std::string kind;
   EXPECT_EQ(ReadObjectCause(StoreObjects({&p}), &kind), -1);
   EXPECT_EQ(kind, "CDBSubPATTERN");
-}
 
-TEST(DefinitionRecord, ObjectStreamsThatHoldNoRecordAreRefused) {
-  // A null object.
+  // Streams that hold no record: a null object, a registered class that is
+  // not a record (a memory file), an unknown name, and the common base.
   EXPECT_EQ(ReadObjectCause({0x00, 0x00}), CArchiveException::badClass);
-  // A registered class that is not a record (a memory file), and an unknown one.
   const auto named = [](const std::string& name) {
-    ByteWriter w;
-    w.Word(0xFFFF).Word(0).Word(static_cast<unsigned>(name.size()));
-    for (char c : name) w.Byte(static_cast<unsigned char>(c));
-    return w.Append(Store(*std::make_unique<CDBSubFUNCT>())).bytes;
+    return ByteWriter().ClassTag(name).Append(Store(*std::make_unique<CDBSubFUNCT>())).bytes;
   };
   EXPECT_EQ(ReadObjectCause(named("CMemFile")), CArchiveException::badClass);
   EXPECT_EQ(ReadObjectCause(named("CDBSubNOPE")), CArchiveException::badClass);
-  // The common base names a record kind no file can hold.
   EXPECT_NE(ReadObjectCause(named("CDBSubBase")), -1);
   EXPECT_EQ(ReadObjectCause(named("CDBSubFUNCT")), -1);
 }

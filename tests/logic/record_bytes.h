@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,11 @@ class ByteWriter {
   ByteWriter& Word(unsigned v) { return Byte(v & 0xFF).Byte((v >> 8) & 0xFF); }
   ByteWriter& Dword(std::uint32_t v) { return Word(v & 0xFFFF).Word(v >> 16); }
   ByteWriter& Int(std::int32_t v) { return Dword(static_cast<std::uint32_t>(v)); }
+  // Ints: several 32-bit integers in a row.
+  ByteWriter& Ints(std::initializer_list<std::int32_t> values) {
+    for (std::int32_t v : values) Int(v);
+    return *this;
+  }
   ByteWriter& Double(double v) {
     std::uint64_t bits = 0;
     std::memcpy(&bits, &v, sizeof bits);
@@ -52,6 +58,14 @@ class ByteWriter {
                      double value = 1.7976931348623157e308, const std::wstring& text2 = L"") {
     return Int(version).Str(text1).Int(flag).Double(value).Str(text2);
   }
+  // Var: one variable of the shared shape (text, integer, double).
+  ByteWriter& Var(const std::wstring& text, int n, double d) { return Str(text).Int(n).Double(d); }
+  // ClassTag: an object stream's new-class tag, schema 0 and the class name.
+  ByteWriter& ClassTag(const std::string& name) {
+    Word(0xFFFF).Word(0).Word(static_cast<unsigned>(name.size()));
+    for (char c : name) Byte(static_cast<unsigned char>(c));
+    return *this;
+  }
   ByteWriter& Append(const Bytes& more) {
     bytes.insert(bytes.end(), more.begin(), more.end());
     return *this;
@@ -59,6 +73,13 @@ class ByteWriter {
 
   Bytes bytes;
 };
+
+// WithVersion: the file with its leading version field replaced.
+inline Bytes WithVersion(Bytes file, std::int32_t version) {
+  const auto v = static_cast<std::uint32_t>(version);
+  for (int i = 0; i < 4; ++i) file[static_cast<std::size_t>(i)] = static_cast<BYTE>(v >> (8 * i));
+  return file;
+}
 
 // Store: what object.Serialize writes.
 inline Bytes Store(CObject& object) {
@@ -90,23 +111,12 @@ inline int LoadCause(const Bytes& bytes, CObject& object) {
   return -1;
 }
 
-// Reload: stores the record and reads the bytes into a fresh one of its kind.
+// Reloaded: the bytes a fresh record of the kind writes after reading these.
 template <class RECORD>
-void Reload(RECORD& from, RECORD& into) {
-  Load(Store(from), into);
-}
-
-// FirstTruncationWithoutEndOfFile: reads every proper prefix of a valid file
-// into a fresh record of that kind; each must fail with endOfFile. Returns
-// the first prefix length that does not, or -1 when all do.
-template <class RECORD>
-long FirstTruncationWithoutEndOfFile(const Bytes& valid) {
-  for (std::size_t n = 0; n < valid.size(); ++n) {
-    RECORD record;
-    Bytes prefix(valid.begin(), valid.begin() + static_cast<long>(n));
-    if (LoadCause(prefix, record) != CArchiveException::endOfFile) return static_cast<long>(n);
-  }
-  return -1;
+Bytes Reloaded(const Bytes& bytes) {
+  RECORD back;
+  Load(bytes, back);
+  return Store(back);
 }
 
 }  // namespace testing_records

@@ -1,9 +1,6 @@
 #include "chartcore/logic/record_file.h"
 
 #include <cerrno>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -13,6 +10,7 @@
 #include "chartcore/logic/optimize.h"
 #include "chartcore/logic/pattern.h"
 #include "chartcore/logic/signal_region_fill.h"
+#include "common/temp_dir.h"
 #include "logic/record_bytes.h"
 
 using testing_records::Bytes;
@@ -20,35 +18,18 @@ using testing_records::Store;
 
 namespace {
 
-namespace fs = std::filesystem;
-
-// A fresh directory per test, removed afterwards.
+// Record files in a fresh folder per test; every fault armed is disarmed.
 class RecordFileTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    dir_ = fs::path(::testing::TempDir()) /
-           ("records_" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
-    fs::remove_all(dir_);
-    fs::create_directories(dir_);
-  }
-  void TearDown() override {
-    chartcore::internal::ResetFileFaultInjector();
-    fs::remove_all(dir_);
-  }
-  std::wstring PathOf(const char* name) const { return (dir_ / name).wstring(); }
+  void TearDown() override { chartcore::internal::ResetFileFaultInjector(); }
+  std::wstring PathOf(const char* name) const { return dir_.native(name).wstring(); }
   Bytes FileBytes(const char* name) const {
-    std::ifstream in(dir_ / name, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    const std::string bytes = dir_.Read(name);
+    return Bytes(bytes.begin(), bytes.end());
   }
-  void WriteBytes(const char* name, const Bytes& bytes) const {
-    std::ofstream out(dir_ / name, std::ios::binary);
-    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-  }
-  std::size_t FileCount() const {
-    return static_cast<std::size_t>(std::distance(fs::directory_iterator(dir_), fs::directory_iterator()));
-  }
+  std::size_t FileCount() const { return dir_.Tree("").size(); }
 
-  fs::path dir_;
+  chartcore_test::TempDir dir_;
 };
 
 // An indicator whose save breaks off halfway through its bytes.
@@ -82,7 +63,7 @@ TEST_F(RecordFileTest, SavesAndLoadsPlainRecords) {
   EXPECT_EQ(Store(back), Store(ind));
 
   // Library paths with `\` work too.
-  const std::wstring backslashed = dir_.wstring() + L"\\a.ind";
+  const std::wstring backslashed = dir_.root().wstring() + L"\\a.ind";
   CDBSubINDICA viaBackslash;
   EXPECT_TRUE(chartcore::LoadRecordFile(backslashed.c_str(), viaBackslash));
   EXPECT_EQ(viaBackslash.nA01, 3);
@@ -98,7 +79,7 @@ TEST_F(RecordFileTest, CorruptFileThrowsAndLeavesTheRecordUntouched) {
   sig.m_arrVariable.Add(CDBSubSIGNAL_VAR());
   Bytes bytes = Store(sig);
   bytes.resize(bytes.size() - 3);  // cut inside nTail
-  WriteBytes("cut.sig", bytes);
+  dir_.MakeFile("cut.sig", std::string(bytes.begin(), bytes.end()));
 
   CDBSubSIGNAL target;
   target.nS01 = 42;
@@ -170,7 +151,7 @@ TEST_F(RecordFileTest, ObjectFilesTellTheirKind) {
 
 TEST(RecordFileSeeds, FuzzSeedsAreValidRecordFiles) {
   // The fuzzer starts from these; each must stay a whole file of its kind.
-  const std::wstring dir = fs::path(CHARTCORE_SOURCE_DIR "/fuzz/corpus/records").wstring() + L"/";
+  const std::wstring dir = std::filesystem::path(CHARTCORE_SOURCE_DIR "/fuzz/corpus/records").wstring() + L"/";
   CDBSubFUNCT fn;
   EXPECT_TRUE(chartcore::LoadRecordFile((dir + L"funct.fct").c_str(), fn));
   EXPECT_EQ(fn.m_strText3, L"Value = (H + L) / 2;");
