@@ -101,46 +101,37 @@ TEST(LineGeometry, SlopeCentreAndLineForm) {
   EXPECT_EQ(CalcANALInfo(P(0, 0), P(3, 3), slope, intercept), ANAL_DIRECT_SHALLOW);  // 45 degrees
 }
 
-TEST(LineGeometry, HitTestStrictFivePixelsOnTruncatedLine) {
-  EXPECT_EQ(CheckLine(P(0, 0), P(100, 0), P(50, 4)), 1);
-  EXPECT_EQ(CheckLine(P(0, 0), P(100, 0), P(50, 5)), -1);
-  EXPECT_EQ(CheckLine(P(0, 0), P(100, 0), P(100, 0)), 1);  // end of span included
-  EXPECT_EQ(CheckLine(P(0, 0), P(100, 0), P(101, 0)), -1);
-  EXPECT_EQ(CheckLine(P(0, 0), P(0, 100), P(3, 50)), 2);
-  EXPECT_EQ(CheckLine(P(0, 0), P(0, 100), P(-4, 100)), 2);
-  EXPECT_EQ(CheckLine(P(0, 0), P(0, 100), P(5, 50)), -1);
-  EXPECT_EQ(CheckLine(P(3, 3), P(3, 3), P(3, 3)), 0);  // a single-point line
-  EXPECT_EQ(CheckLine(P(3, 3), P(3, 3), P(4, 3)), -1);
-  // y = 0.3 x is at 1.5 for x = 5, truncated to 1: 6 (4.5 away) misses
-  // while -3 (4.5 away) hits; below zero, -1.5 truncates toward zero.
-  EXPECT_EQ(CheckLine(P(0, 0), P(10, 3), P(5, 6)), -1);
-  EXPECT_EQ(CheckLine(P(0, 0), P(10, 3), P(5, -3)), 1);
-  EXPECT_EQ(CheckLine(P(0, 0), P(10, -3), P(5, 3)), 1);
-  EXPECT_EQ(CheckLine(P(0, 0), P(10, -3), P(5, -6)), -1);
-  EXPECT_EQ(CheckLine(P(INT_MIN, INT_MIN), P(INT_MAX, INT_MAX - 1), P(0, INT_MAX)), -1);  // no overflow
-}
+TEST(LineGeometry, HitTestStrictFivePixelsAndQuarterOfADrag) {
+  const struct { CPoint a, b, at; int hit; } hits[] = {
+      {P(0, 0), P(100, 0), P(50, 4), 1}, {P(0, 0), P(100, 0), P(50, 5), -1},    // strictly under 5 pixels
+      {P(0, 0), P(100, 0), P(100, 0), 1}, {P(0, 0), P(100, 0), P(101, 0), -1},  // end of span included
+      {P(0, 0), P(0, 100), P(3, 50), 2}, {P(0, 0), P(0, 100), P(-4, 100), 2}, {P(0, 0), P(0, 100), P(5, 50), -1},
+      {P(3, 3), P(3, 3), P(3, 3), 0}, {P(3, 3), P(3, 3), P(4, 3), -1},         // a single-point line
+      // y = 0.3 x is at 1.5 for x = 5, truncated to 1: 6 (4.5 away) misses
+      // while -3 (4.5 away) hits; below zero, -1.5 truncates toward zero.
+      {P(0, 0), P(10, 3), P(5, 6), -1}, {P(0, 0), P(10, 3), P(5, -3), 1},
+      {P(0, 0), P(10, -3), P(5, 3), 1}, {P(0, 0), P(10, -3), P(5, -6), -1},
+      {P(INT_MIN, INT_MIN), P(INT_MAX, INT_MAX - 1), P(0, INT_MAX), -1}};  // no overflow
+  for (const auto& c : hits) EXPECT_EQ(CheckLine(c.a, c.b, c.at), c.hit) << c.at.x << "," << c.at.y;
 
-TEST(LineGeometry, QuarterOfADrag) {
-  EXPECT_EQ(GetANALQuarterDirect(P(0, 0), P(0, 0)), ANAL_QUARTER_RIGHT_DOWN);  // zeros count as 1
-  EXPECT_EQ(GetANALQuarterDirect(P(0, 0), P(5, -5)), ANAL_QUARTER_RIGHT_UP);
-  EXPECT_EQ(GetANALQuarterDirect(P(0, 0), P(-5, 5)), ANAL_QUARTER_LEFT_DOWN);
-  EXPECT_EQ(GetANALQuarterDirect(P(0, 0), P(-5, -5)), ANAL_QUARTER_LEFT_UP);
-  EXPECT_EQ(GetANALQuarterDirect(P(0, 0), P(0, -5)), ANAL_QUARTER_RIGHT_UP);  // vertical: right
-  EXPECT_EQ(GetANALQuarterDirect(P(0, 0), P(-5, 0)), ANAL_QUARTER_LEFT_DOWN);  // horizontal: down
-  EXPECT_EQ(GetANALQuarterDirect(P(0, 0), P(1, -100)), ANAL_QUARTER_RIGHT_UP);  // quotient 0
-  EXPECT_EQ(GetANALQuarterDirect(P(INT_MAX, 0), P(INT_MIN, 1)), ANAL_QUARTER_LEFT_DOWN);
+  const struct { CPoint from, to; int quarter; } drags[] = {
+      {P(0, 0), P(0, 0), ANAL_QUARTER_RIGHT_DOWN},  // zeros count as 1
+      {P(0, 0), P(5, -5), ANAL_QUARTER_RIGHT_UP}, {P(0, 0), P(-5, 5), ANAL_QUARTER_LEFT_DOWN},
+      {P(0, 0), P(-5, -5), ANAL_QUARTER_LEFT_UP}, {P(0, 0), P(0, -5), ANAL_QUARTER_RIGHT_UP},  // vertical: right
+      {P(0, 0), P(-5, 0), ANAL_QUARTER_LEFT_DOWN}, {P(0, 0), P(1, -100), ANAL_QUARTER_RIGHT_UP},  // horizontal: down
+      {P(INT_MAX, 0), P(INT_MIN, 1), ANAL_QUARTER_LEFT_DOWN}};
+  for (const auto& c : drags) EXPECT_EQ(GetANALQuarterDirect(c.from, c.to), c.quarter) << c.to.x << "," << c.to.y;
 }
 
 TEST(LineGeometry, IntersectionsCrossTouchParallelMiss) {
-  EXPECT_EQ(Cross({0, 0}, {10, 10}, {0, 10}, {10, 0}), "5,5");
-  EXPECT_EQ(Cross({0, 0}, {10, 0}, {10, 0}, {10, 10}), "10,0");  // touching end points count
-  EXPECT_EQ(Cross({0, 0}, {10, 0}, {5, 0}, {5, 10}), "5,0");  // T-junction
-  EXPECT_EQ(Cross({0, 0}, {10, 0}, {0, 5}, {10, 5}), "none");  // parallel
-  EXPECT_EQ(Cross({0, 0}, {10, 0}, {5, 0}, {15, 0}), "none");  // collinear, overlapping
-  EXPECT_EQ(Cross({0, 0}, {4, 4}, {10, 0}, {6, 4}), "none");  // lines meet at (5, 5), off both
-  EXPECT_EQ(Cross({0, 0}, {10, 0}, {5, 1}, {5, 10}), "none");  // one pixel short
-  EXPECT_EQ(Cross({0, 0}, {3, 1}, {0, 1}, {3, 0}), "1,0");  // (1.5, 0.5) truncates
-  EXPECT_EQ(Cross({0, 0}, {-3, -1}, {0, -1}, {-3, 0}), "-1,0");  // toward zero
+  const struct { POINT a1, a2, b1, b2; const char* at; } cases[] = {
+      {{0, 0}, {10, 10}, {0, 10}, {10, 0}, "5,5"}, {{0, 0}, {10, 0}, {10, 0}, {10, 10}, "10,0"},  // ends touch
+      {{0, 0}, {10, 0}, {5, 0}, {5, 10}, "5,0"},                                                 // T-junction
+      {{0, 0}, {10, 0}, {0, 5}, {10, 5}, "none"}, {{0, 0}, {10, 0}, {5, 0}, {15, 0}, "none"},    // parallel, collinear
+      {{0, 0}, {4, 4}, {10, 0}, {6, 4}, "none"},    // lines meet at (5, 5), off both
+      {{0, 0}, {10, 0}, {5, 1}, {5, 10}, "none"},   // one pixel short
+      {{0, 0}, {3, 1}, {0, 1}, {3, 0}, "1,0"}, {{0, 0}, {-3, -1}, {0, -1}, {-3, 0}, "-1,0"}};  // truncated to 0
+  for (const auto& c : cases) EXPECT_EQ(Cross(c.a1, c.a2, c.b1, c.b2), c.at) << c.b1.x << "," << c.b1.y;
   EXPECT_TRUE(GetIntersectPoint({0, 0}, {10, 10}, {0, 10}, {10, 0}, nullptr));
   // Huge coordinates wrap like 32-bit screen arithmetic, without a crash.
   Cross({INT_MIN, INT_MIN}, {INT_MAX, INT_MAX}, {INT_MIN, INT_MAX}, {INT_MAX, INT_MIN});

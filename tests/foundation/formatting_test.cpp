@@ -41,6 +41,17 @@ std::wstring Grouped(const wchar_t* text, unsigned int n, bool withSpace = false
   return W(s);
 }
 
+struct FmtCase {
+  double value;
+  int code;
+  int group;
+  const wchar_t* text;
+};
+
+void ExpectTexts(std::initializer_list<FmtCase> cases) {
+  for (const FmtCase& c : cases) EXPECT_EQ(Fmt(c.value, c.code, c.group), c.text) << c.value << " code " << c.code;
+}
+
 // The text of a code built literally with the framework's Format, step by
 // step, as the formatter's fast path must reproduce it.
 std::wstring FormatReference(double v, int code, int group) {
@@ -104,192 +115,132 @@ class ValueSource {
 
 }  // namespace
 
-TEST(FormattingCodes, DecimalsRoundingAndUnprintableValues) {
-  EXPECT_EQ(Fmt(0.000000001, 2), L"0.00");  // below 1e-8 is zero
-  EXPECT_EQ(Fmt(-0.000000001, 0), L"0");    // zeroed before the sign is seen
-  EXPECT_EQ(Fmt(1e19, 0), L"N/A");
-  EXPECT_EQ(Fmt(1e18, 0), L"1000000000000000000");  // the limit itself prints
-  EXPECT_EQ(Fmt(-1e18 * 1.0000001, 2), L"N/A");
-  EXPECT_EQ(Fmt(kPacketNoMaxValue, 2), L"N/A");
-  EXPECT_EQ(Fmt(kPacketEmptyValue, 2), L"N/A");
-  EXPECT_EQ(Fmt(std::nan(""), 2), L"N/A");
-  EXPECT_EQ(Fmt(2.5, 0), L"3");          // exact tie: away from zero
-  EXPECT_EQ(Fmt(-2.5, 0), L"-3");
-  EXPECT_EQ(Fmt(0.125, 2), L"0.13");     // 0.125 is exact, so a tie
-  EXPECT_EQ(Fmt(-0.125, 2), L"-0.13");
-  EXPECT_EQ(Fmt(2.675, 2), L"2.67");     // stored just below 2.675
-  EXPECT_EQ(Fmt(-0.001, 2), L"-0.00");   // the sign stays on a rounded zero
-  EXPECT_EQ(Fmt(1.23456789, 7), L"1.2345679");
-  EXPECT_EQ(Fmt(1234.5, 8), L"1235");    // 8-64: whole numbers
-  EXPECT_EQ(Fmt(1234.5, 64), L"1235");
-  EXPECT_EQ(Fmt(1234.4, -3), L"1234");   // codes below 0 too
-}
-
-TEST(FormattingCodes, GroupingLooksAtTheValueNotTheText) {
-  EXPECT_EQ(Fmt(1234.5, 1, 1), L"1,234.5");
-  EXPECT_EQ(Fmt(1234.5, 1, 0), L"1234.5");
-  EXPECT_EQ(Fmt(1234.5, 1, 2), L"1234.5");  // only a flag of exactly 1 groups
-  EXPECT_EQ(Fmt(999.9, 1, 1), L"999.9");
-  EXPECT_EQ(Fmt(999.999, 2, 1), L"1000.00");  // rounds up to 1000 but is below it
-  EXPECT_EQ(Fmt(-1000.0, 0, 1), L"-1,000");
-  EXPECT_EQ(Fmt(-1234567.5, 1, 1), L"-1,234,567.5");
-  EXPECT_EQ(Fmt(123456789012345678.0, 0, 1), L"123,456,789,012,345,680");  // nearest double
-  EXPECT_EQ(Fmt(1234.5, 65, 1), L"1,234`1");  // the whole part is grouped
+TEST(FormattingCodes, DecimalsRoundingGroupingAndUnprintableValues) {
+  ExpectTexts({
+      {1e-9, 2, 0, L"0.00"}, {-1e-9, 0, 0, L"0"},  // below 1e-8 is zero, before the sign is seen
+      {1e19, 0, 0, L"N/A"}, {1e18, 0, 0, L"1000000000000000000"}, {-1e18 * 1.0000001, 2, 0, L"N/A"},  // 1e18 prints
+      {kPacketNoMaxValue, 2, 0, L"N/A"}, {kPacketEmptyValue, 2, 0, L"N/A"}, {std::nan(""), 2, 0, L"N/A"},
+      {2.5, 0, 0, L"3"}, {-2.5, 0, 0, L"-3"}, {0.125, 2, 0, L"0.13"}, {-0.125, 2, 0, L"-0.13"},  // ties: away from 0
+      {2.675, 2, 0, L"2.67"}, {-0.001, 2, 0, L"-0.00"},  // stored below 2.675; a rounded zero keeps its sign
+      {1.23456789, 7, 0, L"1.2345679"}, {1234.5, 8, 0, L"1235"}, {1234.5, 64, 0, L"1235"},  // 8-64: whole
+      {1234.4, -3, 0, L"1234"},                                                                // below 0 too
+      // Grouping looks at the value, not the text, and only a flag of exactly 1 groups.
+      {1234.5, 1, 1, L"1,234.5"}, {1234.5, 1, 0, L"1234.5"}, {1234.5, 1, 2, L"1234.5"}, {999.9, 1, 1, L"999.9"},
+      {999.999, 2, 1, L"1000.00"}, {-1000.0, 0, 1, L"-1,000"}, {-1234567.5, 1, 1, L"-1,234,567.5"},  // rounds to 1000
+      {123456789012345678.0, 0, 1, L"123,456,789,012,345,680"}, {1234.5, 65, 1, L"1,234`1"},  // nearest double
+  });
 }
 
 TEST(FormattingCodes, FractionCodesWriteNumeratorsAsPrinted) {
-  EXPECT_EQ(Fmt(101.5, 65), L"101`1");
-  EXPECT_EQ(Fmt(101.75, 66), L"101`3");
-  EXPECT_EQ(Fmt(101.875, 67), L"101`7");
-  EXPECT_EQ(Fmt(101.9375, 68), L"101`15");
-  EXPECT_EQ(Fmt(101.5, 69), L"101`5");    // 69-74: tenths
-  EXPECT_EQ(Fmt(101.03125, 75), L"101`01");
-  EXPECT_EQ(Fmt(101.15625, 75), L"101`05");
-  EXPECT_EQ(Fmt(101.5, 75), L"101`16");
-  EXPECT_EQ(Fmt(101.3, 75), L"101`010");  // 9.6 32nds: padded before rounding to 10
-  EXPECT_EQ(Fmt(101.99, 65), L"101`2");   // 1.98 halves round to 2, not carried
-  EXPECT_EQ(Fmt(-101.5, 65), L"-101`-1"); // the numerator keeps its sign
-  EXPECT_EQ(Fmt(-101.5, 75), L"-101`0-16");
-  EXPECT_EQ(Fmt(-0.5, 65), L"-0`-1");     // trunc(-0.5) prints as "-0"
-  EXPECT_EQ(Fmt(0.0, 75), L"0`00");
-  EXPECT_EQ(Fmt(134.0 + 1.25 / 32, 77), L"134`012");
-  EXPECT_EQ(Fmt(134.0 + 16.5 / 32, 77), L"134`165");
-  EXPECT_EQ(Fmt(1234.0 + 16.5 / 32, 77, 1), L"1234`165");  // never grouped
-  EXPECT_EQ(Fmt(134.0 + 1.5 / 32, 76), L"134`015");
-  EXPECT_EQ(Fmt(134.0 + 16.3 / 32, 78), L"134`16.3");
-  EXPECT_EQ(Fmt(134.5, 99), L"134`16.0");
+  ExpectTexts({
+      {101.5, 65, 0, L"101`1"}, {101.75, 66, 0, L"101`3"}, {101.875, 67, 0, L"101`7"}, {101.9375, 68, 0, L"101`15"},
+      {101.5, 69, 0, L"101`5"}, {101.03125, 75, 0, L"101`01"}, {101.15625, 75, 0, L"101`05"},  // 69-74: tenths
+      {101.5, 75, 0, L"101`16"}, {101.3, 75, 0, L"101`010"},  // 9.6 32nds: padded before rounding to 10
+      {101.99, 65, 0, L"101`2"},                              // 1.98 halves round to 2, not carried
+      {-101.5, 65, 0, L"-101`-1"}, {-101.5, 75, 0, L"-101`0-16"}, {-0.5, 65, 0, L"-0`-1"},  // numerators keep signs
+      {0.0, 75, 0, L"0`00"}, {134.0 + 1.25 / 32, 77, 0, L"134`012"}, {134.0 + 16.5 / 32, 77, 0, L"134`165"},
+      {1234.0 + 16.5 / 32, 77, 1, L"1234`165"}, {134.0 + 1.5 / 32, 76, 0, L"134`015"},  // notations: never grouped
+      {134.0 + 16.3 / 32, 78, 0, L"134`16.3"}, {134.5, 99, 0, L"134`16.0"},
+  });
 }
 
-TEST(FormattingCodes, FieldWidthOverloadPadsAndKeepsNA) {
-  EXPECT_EQ(W(GetYPacketStringOfFormat(kPacketEmptyValue, 8, 2, 0)), L"N/A" + std::wstring(8, L' '));
-  EXPECT_EQ(W(GetYPacketStringOfFormat(kPacketEmptyValue, 2, 0, 0)), L"N/A");  // already wider than 2
-  EXPECT_EQ(W(GetYPacketStringOfFormat(kPacketEmptyValue, 0, 1, 0)), L"N/A  ");
-  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5, 10, 2, 0)), L"   1234.50");
-  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5, 10, 2, 1)), L"   1,234.50");  // blanks kept, one wider
-  EXPECT_EQ(W(GetYPacketStringOfFormat(-1234.5, 10, 2, 1)), L"  -1,234.50");
-  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5, 10, 0, 0)), L"1235");  // no decimals: "%.f", no field
-  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5, 10, -2, 0)), L"1235");
-  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5, 0, 2, 0)), L"N/A");   // no field at all
-  EXPECT_EQ(W(GetYPacketStringOfFormat(kPacketNoMaxValue, 1, 1, 0)), L"-1000000015047466219876688855040.0");
-  const std::wstring huge = W(GetYPacketStringOfFormat(1e300, 5, 2, 0));  // no 1e18 limit here
+TEST(FormattingCodes, FieldWidthAndScaleOverloads) {
+  const auto field = [](double v, int width, int decimals, int group) {
+    return W(GetYPacketStringOfFormat(v, width, decimals, group));
+  };
+  EXPECT_EQ(field(kPacketEmptyValue, 8, 2, 0), L"N/A" + std::wstring(8, L' '));
+  EXPECT_EQ(field(kPacketEmptyValue, 2, 0, 0), L"N/A");  // already wider than 2
+  EXPECT_EQ(field(kPacketEmptyValue, 0, 1, 0), L"N/A  ");
+  EXPECT_EQ(field(1234.5, 10, 2, 1), L"   1,234.50");  // blanks kept, one wider
+  EXPECT_EQ(field(-1234.5, 10, 2, 1), L"  -1,234.50");
+  EXPECT_EQ(field(1234.5, 10, 0, 0) + field(1234.5, 10, -2, 0), L"12351235");  // no decimals: "%.f", no field
+  EXPECT_EQ(field(1234.5, 0, 2, 0), L"N/A");                                  // no field at all
+  EXPECT_EQ(field(kPacketNoMaxValue, 1, 1, 0), L"-1000000015047466219876688855040.0");
+  const std::wstring huge = field(1e300, 5, 2, 0);  // no 1e18 limit here
   EXPECT_EQ(huge.size(), 304u);
   EXPECT_EQ(huge.substr(0, 17), L"10000000000000000");
-  EXPECT_EQ(W(GetYPacketStringOfFormat(1.5, 1 << 30, 1, 0)).size(), static_cast<size_t>(chartcore::kMaxFieldWidth));
-}
+  EXPECT_EQ(field(1.5, 1 << 30, 1, 0).size(), static_cast<size_t>(chartcore::kMaxFieldWidth));
 
-TEST(FormattingCodes, ScaleOverloadSteps) {
-  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5678, 0.01, 1)), L"1,234.57");
-  EXPECT_EQ(W(GetYPacketStringOfFormat(0.004, 0.01, 0)), L"0.00");    // below one step
-  EXPECT_EQ(W(GetYPacketStringOfFormat(-0.004, 0.01, 0)), L"0.00");
-  EXPECT_EQ(W(GetYPacketStringOfFormat(5.5, 0.5, 0)), L"5.5");
-  EXPECT_EQ(W(GetYPacketStringOfFormat(5.5, 1.0, 0)), L"6");
-  EXPECT_EQ(W(GetYPacketStringOfFormat(5.5, 0.0, 0)), L"6");
-  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5, 10.0, 0)), L"      1235");   // a scale above 1 is a width
-  EXPECT_EQ(W(GetYPacketStringOfFormat(1234.5, 10.0, 1)), L"      1,235");
-  EXPECT_EQ(W(GetYPacketStringOfFormat(5.0, 10.0, 0)), L"         0");     // below one step
-  EXPECT_EQ(W(GetYPacketStringOfFormat(101.5, 75.0, 0)), L"101`16");       // 65 and above: a code
-  EXPECT_EQ(W(GetYPacketStringOfFormat(kPacketEmptyValue, 0.01, 0)), L"N/A");
-  EXPECT_EQ(W(GetYPacketStringOfFormat(kPacketNoMaxValue, 0.01, 0)), L"N/A");
-  EXPECT_EQ(W(GetYPacketStringOfFormat(2e18, 0.01, 0)), L"N/A");
+  const auto scaled = [](double v, double scale, int group) { return W(GetYPacketStringOfFormat(v, scale, group)); };
+  EXPECT_EQ(scaled(1234.5678, 0.01, 1), L"1,234.57");
+  EXPECT_EQ(scaled(0.004, 0.01, 0) + scaled(-0.004, 0.01, 0), L"0.000.00");  // below one step
+  EXPECT_EQ(scaled(5.5, 0.5, 0) + scaled(5.5, 1.0, 0) + scaled(5.5, 0.0, 0), L"5.566");
+  EXPECT_EQ(scaled(1234.5, 10.0, 0), L"      1235");  // a scale above 1 is a width
+  EXPECT_EQ(scaled(1234.5, 10.0, 1), L"      1,235");
+  EXPECT_EQ(scaled(5.0, 10.0, 0), L"         0");      // below one step
+  EXPECT_EQ(scaled(101.5, 75.0, 0), L"101`16");        // 65 and above: a code
+  EXPECT_EQ(scaled(kPacketEmptyValue, 0.01, 0) + scaled(kPacketNoMaxValue, 0.01, 0) + scaled(2e18, 0.01, 0),
+            L"N/AN/AN/A");
 }
 
 TEST(FormattingCodes, FloatFormatsOfScalesAndFields) {
-  EXPECT_EQ(FloatFormat(0.01), L"%.2f");
-  EXPECT_EQ(FloatFormat(0.1), L"%.1f");
-  EXPECT_EQ(FloatFormat(0.5), L"%.1f");
-  EXPECT_EQ(FloatFormat(0.25), L"%.1f");
-  EXPECT_EQ(FloatFormat(0.05), L"%.2f");   // 1/0.05 reads back as 20.00, two divisions
-  EXPECT_EQ(FloatFormat(0.0000001), L"%.7f");
-  EXPECT_EQ(FloatFormat(1.0), L"%.f");
-  EXPECT_EQ(FloatFormat(0.0), L"%.f");
-  EXPECT_EQ(FloatFormat(std::nan("")), L"%.f");
-  EXPECT_EQ(FloatFormat(10.0), L"%10.f");
-  EXPECT_EQ(FloatFormat(1.5), L"%1.f");
-  EXPECT_EQ(FloatFormat(1e12), L"%1024.f");  // capped field
-  EXPECT_EQ(FloatFormat(-0.01), L"%.1f");    // any other scale: one division ends it
-  EXPECT_EQ(FloatFormat(1e-300), L"%.100f"); // capped decimals
-  wchar_t buf[chartcore::kFloatFormatBufferSize];
-  MakeFloatFormatData(buf, 10, 2);
-  EXPECT_STREQ(buf, L"%10.2f");
-  MakeFloatFormatData(buf, 0, 2);
-  EXPECT_STREQ(buf, L"%.f");
-  MakeFloatFormatData(buf, 10, 0);
-  EXPECT_STREQ(buf, L"%.f");
-  MakeFloatFormatData(buf, 1 << 30, 1 << 30);
-  EXPECT_STREQ(buf, L"%1024.100f");
+  const struct { double scale; const wchar_t* format; } scales[] = {
+      {0.01, L"%.2f"}, {0.1, L"%.1f"}, {0.5, L"%.1f"}, {0.25, L"%.1f"}, {0.0000001, L"%.7f"},
+      {0.05, L"%.2f"},                                         // 1/0.05 reads back as 20.00: two divisions
+      {1.0, L"%.f"}, {0.0, L"%.f"}, {std::nan(""), L"%.f"}, {10.0, L"%10.f"}, {1.5, L"%1.f"},
+      {1e12, L"%1024.f"}, {-0.01, L"%.1f"}, {1e-300, L"%.100f"},  // capped field; one division; capped decimals
+  };
+  for (const auto& c : scales) EXPECT_EQ(FloatFormat(c.scale), c.format) << c.scale;
+  const struct { int width, decimals; const wchar_t* format; } fields[] = {
+      {10, 2, L"%10.2f"}, {0, 2, L"%.f"}, {10, 0, L"%.f"}, {1 << 30, 1 << 30, L"%1024.100f"}};
+  for (const auto& c : fields) {
+    wchar_t buf[chartcore::kFloatFormatBufferSize];
+    MakeFloatFormatData(buf, c.width, c.decimals);
+    EXPECT_STREQ(buf, c.format);
+  }
   const int codes[] = {-5, 0, 8, 64, 65, 66, 67, 68, 69, 74, 75, 76, 77, 78};
   const int denominators[] = {10, 10, 10, 10, 2, 4, 8, 16, 10, 10, 32, 64, 128, 10};
   for (int i = 0; i < 14; ++i) EXPECT_EQ(GetDecimalScaleFromFloat(codes[i]), denominators[i]) << codes[i];
 }
 
 TEST(FormattingGrouping, SignsDecimalsBlanksAndGroupSizes) {
-  EXPECT_EQ(Grouped(L"+123", 3), L"+123");
-  EXPECT_EQ(Grouped(L"1234567", 3), L"1,234,567");
-  EXPECT_EQ(Grouped(L"-1234567.5", 3), L"-1,234,567.5");
-  EXPECT_EQ(Grouped(L"-123456", 3), L"-123,456");  // none right after the sign
-  EXPECT_EQ(Grouped(L"1,2,3,4", 3), L"1,234");     // old commas go first
-  EXPECT_EQ(Grouped(L"  1234  ", 3), L"1,234");    // trimmed
-  EXPECT_EQ(Grouped(L"1234.5678", 3), L"1,234.5678");  // decimals untouched
-  EXPECT_EQ(Grouped(L"1234", 1), L"1,2,3,4");
-  EXPECT_EQ(Grouped(L"-1234", 1), L"-123,4");      // signed: only where p + 1 >= 5
-  EXPECT_EQ(Grouped(L"1,234", 0), L"1234");        // size 0 only removes
-  EXPECT_EQ(Grouped(L".5", 3), L".5");             // no integer part: kept
-  EXPECT_EQ(Grouped(L"", 3), L"");
-  EXPECT_EQ(Grouped(L"1234", 4000000000u), L"1234");
-  EXPECT_EQ(Grouped(L"   1234.50", 3, true), L"   1,234.50");
-  EXPECT_EQ(Grouped(L"1234   ", 3, true), L"1,234   ");
-  EXPECT_EQ(Grouped(L"  -1234 ", 3, true), L"  -1,234 ");
-  EXPECT_EQ(Grouped(L"   ", 3, true), L"   ");
+  const struct { const wchar_t* in; unsigned n; bool space; const wchar_t* out; } cases[] = {
+      {L"+123", 3, false, L"+123"}, {L"1234567", 3, false, L"1,234,567"}, {L"-1234567.5", 3, false, L"-1,234,567.5"},
+      {L"-123456", 3, false, L"-123,456"},                            // none right after the sign
+      {L"1,2,3,4", 3, false, L"1,234"}, {L"  1234  ", 3, false, L"1,234"},  // old commas go first; trimmed
+      {L"1234.5678", 3, false, L"1,234.5678"}, {L"1234", 1, false, L"1,2,3,4"},
+      {L"-1234", 1, false, L"-123,4"},                                // signed: only where p + 1 >= 5
+      {L"1,234", 0, false, L"1234"}, {L".5", 3, false, L".5"}, {L"", 3, false, L""},  // size 0 only removes
+      {L"1234", 4000000000u, false, L"1234"}, {L"   1234.50", 3, true, L"   1,234.50"},
+      {L"1234   ", 3, true, L"1,234   "}, {L"  -1234 ", 3, true, L"  -1,234 "}, {L"   ", 3, true, L"   "},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Grouped(c.in, c.n, c.space), c.out) << c.in << " " << c.n;
 }
 
 TEST(FormattingNotation, ThirtySecondsWithTheirFraction) {
-  EXPECT_EQ(Notation(134.0 + 1.25 / 32, 128), L"134`012");
-  EXPECT_EQ(Notation(134.0 + 16.5 / 32, 128), L"134`165");
-  EXPECT_EQ(Notation(134.0 + 16.75 / 32, 128), L"134`167");  // 7.5 truncated
-  EXPECT_EQ(Notation(134.0 + 16.74 / 32, 128), L"134`167");  // rounded to the 128th first
-  EXPECT_EQ(Notation(134.0 + 16.5 / 32, 64), L"134`165");
-  EXPECT_EQ(Notation(134.0 + 16.2 / 32, 64), L"134`160");    // nearest 64th is 16/32
-  EXPECT_EQ(Notation(134.0 + 31.9 / 32, 64), L"135`000");    // rounds into the next whole
-  EXPECT_EQ(Notation(134.0 + 16.3 / 32, 10), L"134`16.3");
-  EXPECT_EQ(Notation(134.5, 10), L"134`16.0");
-  EXPECT_EQ(Notation(-134.5, 10), L"-134`16.0");   // sign first
-  EXPECT_EQ(Notation(-0.5, 64), L"-0`160");
-  EXPECT_EQ(Notation(-1e-6, 64), L"0`000");        // no sign on a rounded zero
-  EXPECT_EQ(Notation(134.5, 32), L"134`16");
-  EXPECT_EQ(Notation(134.5, 7), L"134`16");        // any other denominator: 32nds
-  EXPECT_EQ(Notation(kPacketEmptyValue, 64), L"N/A");
-  EXPECT_EQ(Notation(std::nan(""), 64), L"N/A");
+  const struct { double v; int denominator; const wchar_t* text; } cases[] = {
+      {134.0 + 1.25 / 32, 128, L"134`012"}, {134.0 + 16.5 / 32, 128, L"134`165"},
+      {134.0 + 16.75 / 32, 128, L"134`167"}, {134.0 + 16.74 / 32, 128, L"134`167"},  // 7.5 truncated; 128th first
+      {134.0 + 16.5 / 32, 64, L"134`165"}, {134.0 + 16.2 / 32, 64, L"134`160"},     // nearest 64th is 16/32
+      {134.0 + 31.9 / 32, 64, L"135`000"},                                            // into the next whole
+      {134.0 + 16.3 / 32, 10, L"134`16.3"}, {134.5, 10, L"134`16.0"}, {-134.5, 10, L"-134`16.0"},  // sign first
+      {-0.5, 64, L"-0`160"}, {-1e-6, 64, L"0`000"},                                   // no sign on a rounded zero
+      {134.5, 32, L"134`16"}, {134.5, 7, L"134`16"},                                  // any other: 32nds
+      {kPacketEmptyValue, 64, L"N/A"}, {std::nan(""), 64, L"N/A"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Notation(c.v, c.denominator), c.text) << c.v << "/" << c.denominator;
   const std::wstring longest = Notation(-999999999999999999.0, 10);
   EXPECT_LT(longest.size(), static_cast<size_t>(chartcore::kNotationBufferSize));
 }
 
 TEST(FormattingParse, ReadsEveryFormOfTheFormatterBack) {
-  EXPECT_EQ(GetPriceValueOfFormat(L"1,234.57", 2), 1234.57);
-  EXPECT_EQ(GetPriceValueOfFormat(L"   1,234.50", 2), 1234.5);
-  EXPECT_EQ(GetPriceValueOfFormat(L"-0.13", 2), -0.13);
-  EXPECT_EQ(GetPriceValueOfFormat(L"+5", 0), 5.0);
-  EXPECT_EQ(GetPriceValueOfFormat(L"101`16", 75), 101.5);
-  EXPECT_EQ(GetPriceValueOfFormat(L"101`05", 75), 101.15625);
-  EXPECT_EQ(GetPriceValueOfFormat(L"101`010", 75), 101.3125);  // the padded 10
-  EXPECT_EQ(GetPriceValueOfFormat(L"-101`0-16", 75), -101.5);
-  EXPECT_EQ(GetPriceValueOfFormat(L"-101`-1", 65), -101.5);
-  EXPECT_EQ(GetPriceValueOfFormat(L"-101`1", 65), -101.5);     // typed: the fraction takes the sign
-  EXPECT_EQ(GetPriceValueOfFormat(L"-0`-1", 65), -0.5);
-  EXPECT_EQ(GetPriceValueOfFormat(L"101`2", 65), 102.0);       // what the text shows
-  EXPECT_EQ(GetPriceValueOfFormat(L"1,234`1", 65), 1234.5);
-  EXPECT_EQ(GetPriceValueOfFormat(L"101`3", 69), 101.3);       // tenths: nearest double of 101.3
-  EXPECT_EQ(GetPriceValueOfFormat(L"134`012", 77), 134.0 + 1.25 / 32);
-  EXPECT_EQ(GetPriceValueOfFormat(L"134`167", 77), 134.0 + 16.75 / 32);
-  EXPECT_EQ(GetPriceValueOfFormat(L"134`165", 76), 134.0 + 16.5 / 32);
-  EXPECT_EQ(GetPriceValueOfFormat(L"-134`16.3", 78), -(134.0 + 16.3 / 32));
-  EXPECT_EQ(GetPriceValueOfFormat(L"101.5", 75), 101.5);       // typed decimal under a fraction code
-  for (const wchar_t* bad : {L"", L"N/A", L"abc", L"1.2.3", L"12`", L"`5", L"1`x", L"1e5", L"--1", L"1`2`3",
-                             L"101`16", L"1.5`3"}) {
-    const int code = std::wstring(bad) == L"101`16" ? 2 : 75;  // a fraction under a decimal code is bad too
-    EXPECT_EQ(GetPriceValueOfFormat(bad, code), kPacketEmptyValue) << bad;
-  }
-  EXPECT_EQ(GetPriceValueOfFormat(L"134`1", 77), kPacketEmptyValue);  // one digit is no 32nd count
-  EXPECT_EQ(GetPriceValueOfFormat(L"134`16.", 78), kPacketEmptyValue);
+  const struct { const wchar_t* text; int code; double value; } cases[] = {
+      {L"1,234.57", 2, 1234.57}, {L"   1,234.50", 2, 1234.5}, {L"-0.13", 2, -0.13}, {L"+5", 0, 5.0},
+      {L"101`16", 75, 101.5}, {L"101`05", 75, 101.15625}, {L"101`010", 75, 101.3125},  // the padded 10
+      {L"-101`0-16", 75, -101.5}, {L"-101`-1", 65, -101.5}, {L"-0`-1", 65, -0.5},
+      {L"-101`1", 65, -101.5},                                 // typed: the fraction takes the sign
+      {L"101`2", 65, 102.0}, {L"1,234`1", 65, 1234.5},         // what the text shows
+      {L"101`3", 69, 101.3},                                   // tenths: nearest double of 101.3
+      {L"134`012", 77, 134.0 + 1.25 / 32}, {L"134`167", 77, 134.0 + 16.75 / 32}, {L"134`165", 76, 134.0 + 16.5 / 32},
+      {L"-134`16.3", 78, -(134.0 + 16.3 / 32)}, {L"101.5", 75, 101.5},  // a typed decimal under a fraction code
+      // Unreadable: a fraction under a decimal code, one digit for a 32nd count.
+      {L"", 75, kPacketEmptyValue}, {L"N/A", 75, kPacketEmptyValue}, {L"abc", 75, kPacketEmptyValue},
+      {L"1.2.3", 75, kPacketEmptyValue}, {L"12`", 75, kPacketEmptyValue}, {L"`5", 75, kPacketEmptyValue},
+      {L"1`x", 75, kPacketEmptyValue}, {L"1e5", 75, kPacketEmptyValue}, {L"--1", 75, kPacketEmptyValue},
+      {L"1`2`3", 75, kPacketEmptyValue}, {L"1.5`3", 75, kPacketEmptyValue}, {L"101`16", 2, kPacketEmptyValue},
+      {L"134`1", 77, kPacketEmptyValue}, {L"134`16.", 78, kPacketEmptyValue},
+  };
+  for (const auto& c : cases) EXPECT_EQ(GetPriceValueOfFormat(c.text, c.code), c.value) << c.text << " " << c.code;
 }
 
 TEST(FormattingParse, EveryFormatterTextReadsBackToTheValueItShows) {
@@ -371,46 +322,36 @@ TEST(FormattingFastPath, FieldAndScaleOverloadsMatchFrameworkFormat) {
   }
 }
 
-TEST(FormattingDateTimeStrings, SeparatorsModesAndPlainDigits) {
-  EXPECT_EQ(W(GetXPacketDateString(20240115, 0)), L"2024/01/15");
-  EXPECT_EQ(W(GetXPacketDateString(20240115, 1)), L"2024-01-15");
-  EXPECT_EQ(W(GetXPacketDateString(20240115, 2)), L"2024:01:15");
-  EXPECT_EQ(W(GetXPacketDateString(20240115, 7)), L"2024/01/15");  // unknown mode: default
-  EXPECT_EQ(W(GetXPacketDateString(20240115093000.0, 0)), L"2024/01/15093000");
-  EXPECT_EQ(W(GetXPacketDateString(1234567, 0)), L"1234567");
-  EXPECT_EQ(W(GetXPacketDateString(9999999.6, 0)), L"10000000");  // below 1e7, printed rounded
-  EXPECT_EQ(W(GetXPacketDateString(-1000, 0)), L"-1000");
-  EXPECT_EQ(W(GetXPacketDateString(kPacketEmptyValue, 0)), L"N/A");
-  EXPECT_EQ(W(GetXPacketTimeString(20240115093000.0, 0)), L"09:30:00");
-  EXPECT_EQ(W(GetXPacketTimeString(20240115093000.0, 2)), L"09/30/00");
-  EXPECT_EQ(W(GetXPacketTimeString(153000, 1)), L"15-30-00");
-  EXPECT_EQ(W(GetXPacketTimeString(93000, 0)), L"93:00:0");  // five digits are not padded
-  EXPECT_EQ(W(GetXPacketTimeString(9999, 0)), L"9999");
-  EXPECT_EQ(W(GetXPacketTimeString(100000000, 0)), L"0::");  // a date alone leaves one digit
-  EXPECT_EQ(W(GetXPacketTimeString(-1e37, 0)), L"N/A");
-  EXPECT_EQ(W(GetXPacketTimeString(-5e20, 0)), L"N/A");
-  EXPECT_EQ(W(GetXPacketTimeString(-9e19, 0)), L"-90000000000000000000");
-  EXPECT_EQ(W(GetXPacketTimeString(kPacketEmptyValue, 0)), L"N/A");
-  EXPECT_EQ(W(GetXPacketTimeString(std::nan(""), 0)), L"N/A");
-}
-
-TEST(FormattingDateTimeStrings, LongValuesAreCutAndNeverOverflow) {
-  // Digits finer than seconds are cut: the first fourteen digits stay.
-  EXPECT_EQ(W(GetXPacketDateString(202401150930001.0, 0)), L"2024/01/15093000");
-  EXPECT_EQ(W(GetXPacketTimeString(202401150930459.0, 0)), L"09:30:45");
-  EXPECT_EQ(W(GetXPacketTimeString(123456789012345678.0, 0)), L"90:12:34");
+TEST(FormattingDateTimeStrings, SeparatorsModesPlainDigitsAndLongValues) {
+  const struct { double v; int mode; const wchar_t* date; const wchar_t* time; } cases[] = {
+      {20240115, 0, L"2024/01/15", nullptr}, {20240115, 1, L"2024-01-15", nullptr},
+      {20240115, 2, L"2024:01:15", nullptr}, {20240115, 7, L"2024/01/15", nullptr},  // unknown mode: default
+      {20240115093000.0, 0, L"2024/01/15093000", L"09:30:00"}, {20240115093000.0, 2, nullptr, L"09/30/00"},
+      {153000, 1, nullptr, L"15-30-00"}, {93000, 0, nullptr, L"93:00:0"},    // five digits are not padded
+      {1234567, 0, L"1234567", nullptr}, {9999, 0, nullptr, L"9999"},
+      {9999999.6, 0, L"10000000", nullptr}, {-1000, 0, L"-1000", nullptr},    // below 1e7, printed rounded
+      {100000000, 0, nullptr, L"0::"},                                        // a date alone leaves one digit
+      {-1e37, 0, nullptr, L"N/A"}, {-5e20, 0, nullptr, L"N/A"}, {-9e19, 0, nullptr, L"-90000000000000000000"},
+      {kPacketEmptyValue, 0, L"N/A", L"N/A"}, {std::nan(""), 0, nullptr, L"N/A"},
+      // Digits finer than seconds are cut: the first fourteen digits stay.
+      {202401150930001.0, 0, L"2024/01/15093000", nullptr}, {202401150930459.0, 0, nullptr, L"09:30:45"},
+      {123456789012345678.0, 0, nullptr, L"90:12:34"}, {1e300, 0, L"1000/00/00000000", nullptr},
+  };
+  for (const auto& c : cases) {
+    const std::wstring date = W(GetXPacketDateString(c.v, c.mode)), time = W(GetXPacketTimeString(c.v, c.mode));
+    EXPECT_EQ(date, c.date != nullptr ? c.date : date) << c.v << " mode " << c.mode;
+    EXPECT_EQ(time, c.time != nullptr ? c.time : time) << c.v << " mode " << c.mode;
+  }
   // A date far below zero prints all its digits (more than a 30-wide buffer).
   const std::wstring digits = W(GetXPacketDateString(-1e300, 0));
   EXPECT_EQ(digits.size(), 302u);
   EXPECT_EQ(digits.substr(0, 5), L"-1000");
   EXPECT_EQ(W(GetXPacketDateString(-1.7976931348623157e308, 0)).size(), 310u);
-  EXPECT_EQ(W(GetXPacketDateString(1e300, 0)), L"1000/00/00000000");  // cut to 14 digits first
 }
 
 TEST(FormattingHelpers, AutoDecimalDiffAndNumericHelpers) {
   EXPECT_EQ(W(GetAutoYPacketStringOfFormat(1234.5, 2)), L"1,234.5");
-  EXPECT_EQ(W(GetAutoYPacketStringOfFormat(12.0, 2)), L"12");
-  EXPECT_EQ(W(GetAutoYPacketStringOfFormat(-0.001, 2)), L"0");
+  EXPECT_EQ(W(GetAutoYPacketStringOfFormat(12.0, 2)) + W(GetAutoYPacketStringOfFormat(-0.001, 2)), L"120");
   EXPECT_EQ(W(GetAutoYPacketStringOfFormat(1234.5, 65)), L"1,234`1");
   EXPECT_EQ(W(GetAutoYPacketStringOfFormat(kPacketEmptyValue, 2)), L"N/A");
   EXPECT_EQ(W(GetDecimalFloatFormat(1234.5, 3, 1, 0)), L"1,234.500");
@@ -419,14 +360,12 @@ TEST(FormattingHelpers, AutoDecimalDiffAndNumericHelpers) {
   EXPECT_EQ(W(GetDecimalFloatFormat(1.0, 25, 0, 0)), L"1." + std::wstring(25, L'0'));  // beyond the fast path
   EXPECT_EQ(W(GetDecimalFloatFormat(1e19, 2, 0, 0)), L"N/A");
 
-  EXPECT_EQ(GetDiffValueOfFloat(0.3, 0.1, 2, 0), 0.2);  // 0.19999999999999998 without rounding
-  EXPECT_EQ(GetDiffValueOfFloat(0.3, 0.05, 2, 1), 25.0);
-  EXPECT_EQ(GetDiffValueOfFloat(101.5, 101.0 + 1.0 / 32, 75, 1), 15.0);
-  EXPECT_EQ(GetDiffValueOfFloat(101.5, 101.0, 77, 1), 64.0);
-  EXPECT_EQ(GetDiffValueOfFloat(101.5, 101.0, 78, 1), 160.0);
-  EXPECT_EQ(GetDiffValueOfFloat(10.7, 10.0, 0, 0), 1.0);
-  EXPECT_EQ(GetDiffValueOfFloat(kPacketEmptyValue, 1.0, 2, 0), kPacketEmptyValue);
-  EXPECT_EQ(GetDiffValueOfFloat(1.0, kPacketNoMaxValue, 2, 0), kPacketEmptyValue);
+  const struct { double a, b; int code, kind; double diff; } diffs[] = {
+      {0.3, 0.1, 2, 0, 0.2},  // 0.19999999999999998 without rounding
+      {0.3, 0.05, 2, 1, 25.0}, {101.5, 101.0 + 1.0 / 32, 75, 1, 15.0}, {101.5, 101.0, 77, 1, 64.0},
+      {101.5, 101.0, 78, 1, 160.0}, {10.7, 10.0, 0, 0, 1.0},
+      {kPacketEmptyValue, 1.0, 2, 0, kPacketEmptyValue}, {1.0, kPacketNoMaxValue, 2, 0, kPacketEmptyValue}};
+  for (const auto& c : diffs) EXPECT_EQ(GetDiffValueOfFloat(c.a, c.b, c.code, c.kind), c.diff) << c.a << " " << c.code;
 
   // Strict bounds: each step starts exactly at its price.
   const double prices[] = {999.99, 1000, 4999, 5000, 9999, 10000, 49999, 50000, 99999, 100000, 499999, 500000};
@@ -438,10 +377,9 @@ TEST(FormattingHelpers, AutoDecimalDiffAndNumericHelpers) {
     EXPECT_EQ(GetTickValue(2, prices[i]), 0);
   }
   for (const int m : {14, 16, 44, 124}) EXPECT_EQ(GetMarketPointValue(m), 500000);
-  EXPECT_EQ(GetMarketPointValue(15) + GetMarketPointValue(25), 20);
   for (const int m : {26, 34, 134}) EXPECT_EQ(GetMarketPointValue(m), 500);
-  EXPECT_EQ(GetMarketPointValue(1007), 10000);
-  EXPECT_EQ(GetMarketPointValue(17), 1);
+  EXPECT_EQ(GetMarketPointValue(15) + GetMarketPointValue(25), 20);
+  EXPECT_EQ(GetMarketPointValue(1007) + GetMarketPointValue(17), 10001);
   EXPECT_EQ(CompareFloat(1.0, 1.05, 0.05), -1);  // the bound is strict
   EXPECT_EQ(CompareFloat(1.0, 1.04, 0.05), 0);
   EXPECT_EQ(CompareFloat(2.0, 1.0, 0.5), 1);
@@ -455,49 +393,34 @@ TEST(FormattingHelpers, AutoDecimalDiffAndNumericHelpers) {
 TEST(FormattingHelpers, PaddingAndZeroHelpers) {
   CString s(L"abc");
   EXPECT_EQ(AddChar(s, 1, L"-", 3), 6);
-  EXPECT_EQ(W(s), L"a---bc");
   AddChar(s, -5, L"<", 1);
   AddChar(s, 99, L">", 1);
   EXPECT_EQ(W(s), L"<a---bc>");
-  EXPECT_EQ(AddChar(s, 0, L"", 5), 8);
-  EXPECT_EQ(AddChar(s, 0, nullptr, 5), 8);
-  EXPECT_EQ(AddChar(s, 0, L"x", 0), 8);
+  EXPECT_EQ(AddChar(s, 0, L"", 5) + AddChar(s, 0, nullptr, 5) + AddChar(s, 0, L"x", 0), 3 * 8);  // nothing added
   CString big;
   EXPECT_EQ(AddChar(big, 0, L"ab", 2000000000), 65536);
 
   CString pad(L"N/A");
   EXPECT_EQ(AddSpaceChar(pad, 6, 1), 6);
-  EXPECT_EQ(W(pad), L"   N/A");
   AddSpaceChar(pad, 8, 0);
   EXPECT_EQ(W(pad), L"   N/A  ");
   EXPECT_EQ(AddSpaceChar(pad, 2, 1), 8);
   EXPECT_EQ(AddSpaceChar(pad, 2000000000, 1), chartcore::kMaxFieldWidth);
 
-  const auto zeros = [](const wchar_t* t, int n) {
-    CString c(t);
-    AddZeroChar(c, n);
-    return W(c);
-  };
-  EXPECT_EQ(zeros(L"12", 2), L"12.00");
-  EXPECT_EQ(zeros(L"1,234.5", 2), L"1,234.50");
-  EXPECT_EQ(zeros(L"1.2345", 2), L"1.2345");  // never cuts
-  EXPECT_EQ(zeros(L"  -7  ", 1), L"  -7.0  ");
-  EXPECT_EQ(zeros(L"N/A", 2), L"N/A");
-  EXPECT_EQ(zeros(L"101`16", 2), L"101`16");
-  EXPECT_EQ(zeros(L"12", 0), L"12");
-
-  const auto trim = [](const wchar_t* t) {
-    CString c(t);
-    RemoveZeroChar(c);
-    return W(c);
-  };
-  EXPECT_EQ(trim(L"12.500"), L"12.5");
-  EXPECT_EQ(trim(L"12.000"), L"12");
-  EXPECT_EQ(trim(L"1200"), L"1200");
-  EXPECT_EQ(trim(L"-0.00"), L"0");
-  EXPECT_EQ(trim(L"-0.10"), L"-0.1");
-  EXPECT_EQ(trim(L"-.000"), L"0");
-  EXPECT_EQ(trim(L"  1,200.50 "), L"  1,200.5 ");
-  EXPECT_EQ(trim(L"N/A"), L"N/A");
-  EXPECT_EQ(trim(L""), L"");
+  const struct { const wchar_t* in; int n; const wchar_t* out; } zeros[] = {
+      {L"12", 2, L"12.00"}, {L"1,234.5", 2, L"1,234.50"}, {L"1.2345", 2, L"1.2345"},  // never cuts
+      {L"  -7  ", 1, L"  -7.0  "}, {L"N/A", 2, L"N/A"}, {L"101`16", 2, L"101`16"}, {L"12", 0, L"12"}};
+  for (const auto& c : zeros) {
+    CString text(c.in);
+    AddZeroChar(text, c.n);
+    EXPECT_EQ(W(text), c.out) << c.in;
+  }
+  const struct { const wchar_t* in; const wchar_t* out; } trims[] = {
+      {L"12.500", L"12.5"}, {L"12.000", L"12"}, {L"1200", L"1200"}, {L"-0.00", L"0"}, {L"-0.10", L"-0.1"},
+      {L"-.000", L"0"}, {L"  1,200.50 ", L"  1,200.5 "}, {L"N/A", L"N/A"}, {L"", L""}};
+  for (const auto& c : trims) {
+    CString text(c.in);
+    RemoveZeroChar(text);
+    EXPECT_EQ(W(text), c.out) << c.in;
+  }
 }

@@ -17,8 +17,8 @@
 #include <thread>
 #endif
 
+using chartcore_test::TempDir;
 using testing_fs::MessageCapture;
-using testing_fs::TempDir;
 
 TEST(LogFile, AppendsInOrderWithNothingBetween) {
   TempDir t;
@@ -81,7 +81,7 @@ class FakeDesktop {
   FakeDesktop() {
     const char* path = std::getenv("PATH");
     m_path = path != nullptr ? path : "/usr/bin:/bin";
-    testing_fs::fs::create_directories(m_dir.native("bin"));
+    std::filesystem::create_directories(m_dir.native("bin"));
     setenv("PATH", m_dir.native("bin").c_str(), 1);
     unsetenv("BROWSER");
   }
@@ -137,7 +137,7 @@ class FakeDesktop {
  private:
   void Script(const std::string& name, const std::string& text) {
     m_dir.MakeFile("bin/" + name, text);
-    testing_fs::fs::permissions(m_dir.native("bin/" + name), testing_fs::fs::perms::owner_all);
+    std::filesystem::permissions(m_dir.native("bin/" + name), std::filesystem::perms::owner_all);
   }
 
   TempDir m_dir;

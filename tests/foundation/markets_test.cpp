@@ -40,34 +40,21 @@ TEST(MarketsFamilies, WithFlagsCountOnlyWhenExactlyOne) {
     EXPECT_EQ(Members([off](int m) { return IsNightMarket(m, off, off); }),
               (std::set<int>{44, 54, 111, 112, 126, 1025, 1193}));
   }
-  EXPECT_EQ(IsF_O_DomesticMarket(15, 0, 0, 0), 0);
-  EXPECT_EQ(IsF_O_DomesticMarket(15, 1, 0, 0), 1);
-  EXPECT_EQ(IsF_O_DomesticMarket(25, 1, 0, 0), 1);
-  EXPECT_EQ(IsF_O_DomesticMarket(16, 1, 0, 0), 0);  // each flag opens only its own pair
-  EXPECT_EQ(IsF_O_DomesticMarket(16, 0, 1, 0), 1);
-  EXPECT_EQ(IsF_O_DomesticMarket(26, 0, 1, 0), 1);
-  EXPECT_EQ(IsF_O_DomesticMarket(111, 0, 1, 0), 0);
-  EXPECT_EQ(IsF_O_DomesticMarket(112, 0, 0, 1), 1);
+  // Each flag opens only its own pair.
+  EXPECT_EQ(Members([](int m) { return IsF_O_DomesticMarket(m, 1, 0, 0); }), (std::set<int>{14, 15, 25, 34, 44, 124, 134, 1007}));
+  EXPECT_EQ(Members([](int m) { return IsF_O_DomesticMarket(m, 0, 1, 0); }), (std::set<int>{14, 16, 26, 34, 44, 124, 134, 1007}));
+  EXPECT_EQ(Members([](int m) { return IsF_O_DomesticMarket(m, 0, 0, 1); }), (std::set<int>{14, 34, 44, 111, 112, 124, 134, 1007}));
   EXPECT_EQ(Members([](int m) { return IsF_O_DomesticMarket(m, 1, 1, 1); }),
             (std::set<int>{14, 15, 16, 25, 26, 34, 44, 111, 112, 124, 134, 1007}));
-  EXPECT_EQ(IsHugangtongMarket(1088, 1), 1);
-  EXPECT_EQ(IsHugangtongMarket(1088, 2), 0);
-  EXPECT_EQ(IsNightMarket(14, 0, 0), 0);
-  EXPECT_EQ(IsNightMarket(14, 1, 0), 1);
-  EXPECT_EQ(IsNightMarket(1088, 0, 1), 1);
-  EXPECT_EQ(IsNightMarket(1088, 1, 0), 0);
-  EXPECT_EQ(IsNightMarket(1087, 0, 1), 1);
+  EXPECT_EQ(IsHugangtongMarket(1088, 1) * 10 + IsHugangtongMarket(1088, 2), 10);
+  EXPECT_EQ(IsNightMarket(14, 0, 0) * 10 + IsNightMarket(14, 1, 0), 1);
+  EXPECT_EQ(IsNightMarket(1088, 0, 1) * 100 + IsNightMarket(1088, 1, 0) * 10 + IsNightMarket(1087, 0, 1), 101);
 }
 
 TEST(MarketsTags, KoreanAndExchangeTagsOnlyForTheirCodes) {
-  EXPECT_EQ(GetMarketCateInfo(1001).str(), L"-[거래소]");
-  EXPECT_EQ(GetMarketCateInfo(1002).str(), L"-[코스닥]");
-  EXPECT_EQ(GetMarketCateInfo(1070).str(), L"-[홍콩]");
-  EXPECT_EQ(GetMarketCateInfo(1071).str(), L"-[상해]");
-  EXPECT_EQ(GetMarketCateInfo(1078).str(), L"-[심천]");
-  EXPECT_EQ(GetMarketCateInfo(1087).str(), L"-[NYSE]");
-  EXPECT_EQ(GetMarketCateInfo(1088).str(), L"-[NASDAQ]");
-  EXPECT_EQ(GetMarketCateInfo(1089).str(), L"-[AMEX]");
+  std::wstring tags;
+  for (const int m : {1001, 1002, 1070, 1071, 1078, 1087, 1088, 1089}) tags += GetMarketCateInfo(m).str();
+  EXPECT_EQ(tags, L"-[거래소]-[코스닥]-[홍콩]-[상해]-[심천]-[NYSE]-[NASDAQ]-[AMEX]");
   EXPECT_EQ(Members([](int m) { return GetMarketCateInfo(m).IsEmpty() ? 0 : 1; }),
             (std::set<int>{1001, 1002, 1070, 1071, 1078, 1087, 1088, 1089}));
 }
@@ -89,22 +76,22 @@ TEST(MarketsPeriods, InvalidPairsGiveTheirMessageAndValidOnesClearIt) {
     invalid(1012, period, 1, L"장외 시장은 데이터를 제공하지 않습니다");
     invalid(1057, period, 1, L"주식선물 스프레드 시장은 데이터를 제공하지 않습니다");
   }
+  const wchar_t* const elw = L"ELW 시장은 주/월/년 데이터를 제공하지 않습니다";
+  const wchar_t* const bond = L"채권 시장은 일/1틱 데이터만 제공합니다";
+  const wchar_t* const warrant = L"신주인수권 시장은 년/분/틱/초 데이터를 제공하지 않습니다";
   invalid(15, 8, 1, L"주식 선물 시장은 년 데이터를 제공하지 않습니다");
-  valid(15, 7, 1);
-  valid(15, 9, 1);
-  invalid(1014, 5, 1, L"ELW 시장은 주/월/년 데이터를 제공하지 않습니다");
-  invalid(1014, 8, 1, L"ELW 시장은 주/월/년 데이터를 제공하지 않습니다");
-  valid(1014, 4, 1);
-  invalid(1015, 0, 2, L"채권 시장은 일/1틱 데이터만 제공합니다");
-  invalid(1015, 1, 1, L"채권 시장은 일/1틱 데이터만 제공합니다");
-  invalid(1015, 5, 1, L"채권 시장은 일/1틱 데이터만 제공합니다");
-  valid(1015, 0, 1);
-  valid(1015, 4, 7);  // days with any interval
-  invalid(1016, 3, 1, L"신주인수권 시장은 년/분/틱/초 데이터를 제공하지 않습니다");
-  invalid(1016, 0, 1, L"신주인수권 시장은 년/분/틱/초 데이터를 제공하지 않습니다");
-  invalid(1016, 8, 1, L"신주인수권 시장은 년/분/틱/초 데이터를 제공하지 않습니다");
-  valid(1016, 4, 1);
-  valid(1016, 7, 1);
+  const struct { int market, period, interval; const wchar_t* text; } rules[] = {
+      {1014, 5, 1, elw}, {1014, 8, 1, elw}, {1015, 0, 2, bond}, {1015, 1, 1, bond}, {1015, 5, 1, bond},
+      {1016, 3, 1, warrant}, {1016, 0, 1, warrant}, {1016, 8, 1, warrant},
+      {15, 7, 1, nullptr}, {15, 9, 1, nullptr}, {1014, 4, 1, nullptr}, {1015, 0, 1, nullptr},
+      {1015, 4, 7, nullptr}, {1016, 4, 1, nullptr}, {1016, 7, 1, nullptr}};  // bonds: days with any interval
+  for (const auto& r : rules) {
+    if (r.text != nullptr) {
+      invalid(r.market, r.period, r.interval, r.text);
+    } else {
+      valid(r.market, r.period, r.interval);
+    }
+  }
   for (const int market : {1013, 1010, 1056, 1058, 1001, 14, 16})  // no rule: valid
     for (int period = 0; period <= 8; ++period) valid(market, period, 1);
 }
@@ -133,23 +120,13 @@ TEST(MarketsPeriods, CompressionTablesOfScreens) {
 }
 
 TEST(MarketsPeriods, ScreenMarketTable) {
-  EXPECT_EQ(HasDataForMarket(700005, 1001, 4, 1), 1);
-  EXPECT_EQ(HasDataForMarket(700005, 1002, 4, 1), 1);
-  EXPECT_EQ(HasDataForMarket(700005, 1003, 4, 1), 0);  // shares only
-  EXPECT_EQ(HasDataForMarket(700005, 14, 4, 1), 0);
-  EXPECT_EQ(HasDataForMarket(700005, 1001, 1, 1), 0);  // a daily screen
-  EXPECT_EQ(HasDataForMarket(402003, 1003, 1, 1), 0);
-  EXPECT_EQ(HasDataForMarket(402004, 1004, 2, 1), 0);
-  EXPECT_EQ(HasDataForMarket(402003, 1001, 1, 1), 1);
-  EXPECT_EQ(HasDataForMarket(402003, 1005, 2, 1), 1);
-  EXPECT_EQ(HasDataForMarket(3401, 111, 4, 1), 1);
-  EXPECT_EQ(HasDataForMarket(3402, 1001, 4, 1), 1);  // not a global screen
-  EXPECT_EQ(HasDataForMarket(3403, 1001, 4, 1), 0);
-  EXPECT_EQ(HasDataForMarket(1411, 14, 1, 1), 1);
-  EXPECT_EQ(HasDataForMarket(1411, 1087, 1, 1), 0);
-  EXPECT_EQ(HasDataForMarket(1415, 1087, 1, 1), 1);
-  EXPECT_EQ(HasDataForMarket(123, 1011, 4, 1), 0);   // the market supplies nothing
-  EXPECT_EQ(HasDataForMarket(123, 1015, 1, 1), 0);   // bonds: no minutes
-  EXPECT_EQ(HasDataForMarket(123, 1015, 4, 1), 1);
-  EXPECT_EQ(HasDataForMarket(123, 1001, 3, 1), 0);   // the screen: no period 3
+  const struct { int screen, market, period, has; } cases[] = {
+      {700005, 1001, 4, 1}, {700005, 1002, 4, 1}, {700005, 1003, 4, 0}, {700005, 14, 4, 0},  // shares only
+      {700005, 1001, 1, 0},                                                                  // a daily screen
+      {402003, 1003, 1, 0}, {402004, 1004, 2, 0}, {402003, 1001, 1, 1}, {402003, 1005, 2, 1},
+      {3401, 111, 4, 1}, {3402, 1001, 4, 1}, {3403, 1001, 4, 0},  // 3402 is not a global screen
+      {1411, 14, 1, 1}, {1411, 1087, 1, 0}, {1415, 1087, 1, 1},
+      {123, 1011, 4, 0}, {123, 1015, 1, 0}, {123, 1015, 4, 1},   // the market supplies nothing; bonds: no minutes
+      {123, 1001, 3, 0}};                                         // the screen: no period 3
+  for (const auto& c : cases) EXPECT_EQ(HasDataForMarket(c.screen, c.market, c.period, 1), c.has) << c.screen << "/" << c.market;
 }

@@ -8,44 +8,38 @@
 #include "chartcore/platform/filesystem.h"
 #include "temp_workspace.h"
 
-TEST(WorkspacePathText, LogicFoldersJoinRootAsItStands) {
-  const CString root(L"C:\\Root");
-  EXPECT_EQ(GetPath_Logic(root), L"C:\\Root\\Logic\\");
-  EXPECT_EQ(GetPath_Logic_Indica(root), L"C:\\Root\\Logic\\Indica\\");
-  EXPECT_EQ(GetPath_Logic_Signal(root), L"C:\\Root\\Logic\\Signal\\");
-  EXPECT_EQ(GetPath_Logic_Region(root), L"C:\\Root\\Logic\\Region\\");
-  EXPECT_EQ(GetPath_Logic_Fill(root), L"C:\\Root\\Logic\\Fill\\");
-  EXPECT_EQ(GetPath_Logic_Pattern(root), L"C:\\Root\\Logic\\Pattern\\");
-  EXPECT_EQ(GetPath_Logic_Optimize(root), L"C:\\Root\\Logic\\Optimize\\");
-  EXPECT_EQ(GetPath_Logic_Funct(root), L"C:\\Root\\Logic\\Function\\");  // long folder name
-  EXPECT_EQ(GetPath_Logic_Market(root), L"C:\\Root\\Logic\\Market\\");
-  EXPECT_EQ(GetPath_Save(root), L"C:\\Root\\Save\\");
-  EXPECT_EQ(GetPath_Templ(root), L"C:\\Root\\Templ\\");
-  EXPECT_EQ(GetPath_Event(root), L"C:\\Root\\Event\\");
+TEST(WorkspacePathText, FoldersJoinRootAsItStands) {
+  // Every folder of the root, concatenated: the exact texts, one after another.
+  std::wstring all;
+  for (auto folder : {GetPath_Logic, GetPath_Logic_Indica, GetPath_Logic_Signal, GetPath_Logic_Region,
+                      GetPath_Logic_Fill, GetPath_Logic_Pattern, GetPath_Logic_Optimize, GetPath_Logic_Funct,
+                      GetPath_Logic_Market, GetPath_Save, GetPath_Templ, GetPath_Event}) {
+    all += folder(L"C:\\Root").str() + L"|";
+  }
+  EXPECT_EQ(all, L"C:\\Root\\Logic\\|C:\\Root\\Logic\\Indica\\|C:\\Root\\Logic\\Signal\\|C:\\Root\\Logic\\Region\\|"
+                 L"C:\\Root\\Logic\\Fill\\|C:\\Root\\Logic\\Pattern\\|C:\\Root\\Logic\\Optimize\\|"
+                 L"C:\\Root\\Logic\\Function\\|C:\\Root\\Logic\\Market\\|"  // functions: the long name
+                 L"C:\\Root\\Save\\|C:\\Root\\Templ\\|C:\\Root\\Event\\|");
   // A trailing separator on the root is kept, so it doubles.
   EXPECT_EQ(GetPath_Logic_Indica(L"C:\\Root\\"), L"C:\\Root\\\\Logic\\Indica\\");
-
-  EXPECT_EQ(GetPath(L"C:\\Root"), L"C:\\Root\\");
-  EXPECT_EQ(GetPath(L"C:\\Root\\"), L"C:\\Root\\");
+  EXPECT_EQ(GetPath(L"C:\\Root") + GetPath(L"C:\\Root\\"), L"C:\\Root\\C:\\Root\\");
   EXPECT_EQ(GetPath(L"C:\\Root\\\\"), L"C:\\Root\\\\");  // only a missing one is added
   EXPECT_EQ(GetPath(L""), L"\\");
-}
 
-TEST(WorkspacePathText, LocalBranchJoinsUserToLocal) {
   EXPECT_EQ(GetPath_Local(L"C:\\Root\\\\", L""), L"C:\\Root\\");  // every trailing one dropped
   EXPECT_EQ(GetPath_Local(L"C:\\Root", L"_u01"), L"C:\\Root\\Local_u01\\");
   EXPECT_EQ(GetPath_Local(L"C:\\Root\\", L"\\kim"), L"C:\\Root\\Local\\kim\\");  // caller's own separator
   EXPECT_EQ(GetPath_Local(L"C:\\Root", L"\xAE40"), L"C:\\Root\\Local\xAE40\\");
-
-  EXPECT_EQ(GetPath_Local_Data(L"C:\\Root", L"_u01"), L"C:\\Root\\Local_u01\\Data\\");
-  EXPECT_EQ(GetPath_Local_Image(L"C:\\Root", L"_u01"), L"C:\\Root\\Local_u01\\Image\\");
-  EXPECT_EQ(GetPath_Local_Result(L"C:\\Root", L"_u01"), L"C:\\Root\\Local_u01\\Result\\");
-  EXPECT_EQ(GetPath_Local_Save(L"C:\\Root", L"_u01"), L"C:\\Root\\Local_u01\\Save\\");
-  EXPECT_EQ(GetPath_Local_Templ(L"C:\\Root", L"_u01"), L"C:\\Root\\Local_u01\\Templ\\");
+  all.clear();
+  for (auto folder : {GetPath_Local_Data, GetPath_Local_Image, GetPath_Local_Result, GetPath_Local_Save,
+                      GetPath_Local_Templ}) {
+    all += folder(L"C:\\Root", L"_u01").str() + L"|";
+  }
+  EXPECT_EQ(all, L"C:\\Root\\Local_u01\\Data\\|C:\\Root\\Local_u01\\Image\\|C:\\Root\\Local_u01\\Result\\|"
+                 L"C:\\Root\\Local_u01\\Save\\|C:\\Root\\Local_u01\\Templ\\|");
   EXPECT_EQ(GetPath_Local_Data(L"C:\\Root\\", L""), L"C:\\Root\\Data\\");
   // A root holding a printf directive is printed as text, not as a format.
   EXPECT_EQ(GetPath_Local_Data(L"C:\\100%s", L""), L"C:\\100%s\\Data\\");
-
   EXPECT_EQ(GetPath_Local_Control(L"C:\\Root", L"_u01", L"Grid"), L"C:\\Root\\Local_u01\\Grid\\");
   EXPECT_EQ(GetPath_Local_Control(L"C:\\Root", L"_u01", L"Grid\\"), L"C:\\Root\\Local_u01\\Grid\\");
   EXPECT_EQ(GetPath_Local_Control(L"C:\\Root", L"_u01", L""), L"C:\\Root\\Local_u01\\");
@@ -71,8 +65,8 @@ TEST(WorkspacePathText, ShortNamesAndFileNames) {
 // Directories on a real file system
 // ---------------------------------------------------------------------------
 
+using chartcore_test::TempDir;
 using testing_fs::MessageCapture;
-using testing_fs::TempDir;
 
 namespace {
 using Names = std::vector<std::string>;
@@ -207,11 +201,11 @@ TEST(WorkspaceDirectories, LinksAreRemovedNotFollowed) {
   TempDir t;
   t.MakeFile("keep/precious.txt", "P");
   t.MakeFile("d/a.txt", "1");
-  testing_fs::fs::create_directory_symlink(t.native("keep"), t.native("d/link"));
+  std::filesystem::create_directory_symlink(t.native("keep"), t.native("d/link"));
   CString path = t.lib("d");
   EXPECT_EQ(DeleteDirectory(path, DIRECTORY_RECURSIVE), 1);
   EXPECT_EQ(t.Tree("keep"), (Names{"precious.txt"}));  // the link's target is untouched
-  testing_fs::fs::create_directory_symlink(t.native("keep"), t.native("keep/loop"));
+  std::filesystem::create_directory_symlink(t.native("keep"), t.native("keep/loop"));
   EXPECT_EQ(CopyDirectory(t.lib("keep"), t.lib("copy"), DIRECTORY_RECURSIVE), 1);  // a loop ends
   EXPECT_EQ(t.Tree("copy"), (Names{"precious.txt"}));
 }

@@ -14,30 +14,17 @@ struct Buf {
 
 }  // namespace
 
-TEST(WildCmpPattern, StarsQuestionMarksCaseAndEmptyTexts) {
-  EXPECT_EQ(WildCmp(L"a*c", L"abbbc"), 1);
-  EXPECT_EQ(WildCmp(L"a?c", L"abbc"), 0);  // ? is exactly one character
-  EXPECT_EQ(WildCmp(L"A*", L"abc"), 0);  // case-sensitive
-  EXPECT_EQ(WildCmp(L"abc", L"abcd"), 0);  // the pattern must cover the whole text
-  EXPECT_EQ(WildCmp(L"abcd", L"abc"), 0);
-  EXPECT_EQ(WildCmp(L"*", L""), 1);
-  EXPECT_EQ(WildCmp(L"***", L""), 1);
-  EXPECT_EQ(WildCmp(L"", L""), 1);
-  EXPECT_EQ(WildCmp(L"", L"x"), 0);
-  EXPECT_EQ(WildCmp(L"?", L""), 0);  // ? needs a character
-  EXPECT_EQ(WildCmp(nullptr, L""), 1);  // null reads as empty
-}
-
-TEST(WildCmpPattern, BacktracksAcrossSeveralStars) {
-  EXPECT_EQ(WildCmp(L"*bc", L"abbc"), 1);  // the first "b" is a false start
-  EXPECT_EQ(WildCmp(L"a*b*c", L"axbxbxc"), 1);
-  EXPECT_EQ(WildCmp(L"a*b*c", L"axbxbx"), 0);  // no final c
-  EXPECT_EQ(WildCmp(L"*ab*ab", L"xabyabzab"), 1);
-  EXPECT_EQ(WildCmp(L"*a?c*", L"zzabxabc"), 1);  // ?-match after a restart
-  EXPECT_EQ(WildCmp(L"a**c", L"ac"), 1);  // consecutive stars match nothing
-  EXPECT_EQ(WildCmp(L"a*", L"a"), 1);  // trailing star after the text ended
-  EXPECT_EQ(WildCmp(L"*x", L"aaaa"), 0);
-  EXPECT_EQ(WildCmp(L"*aab", L"aaaab"), 1);  // restarts advance one character at a time
+TEST(WildCmpPattern, StarsQuestionMarksAndBacktracking) {
+  const struct { const wchar_t* pattern; const wchar_t* text; int match; } cases[] = {
+      {L"a*c", L"abbbc", 1}, {L"a?c", L"abbc", 0}, {L"A*", L"abc", 0},  // ? is one character; case counts
+      {L"abc", L"abcd", 0}, {L"abcd", L"abc", 0},                       // the whole text, no more
+      {L"*", L"", 1}, {L"***", L"", 1}, {L"", L"", 1}, {L"", L"x", 0}, {L"?", L"", 0}, {nullptr, L"", 1},  // null: ""
+      // Backtracking across several stars.
+      {L"*bc", L"abbc", 1}, {L"a*b*c", L"axbxbxc", 1}, {L"a*b*c", L"axbxbx", 0},  // a false start; no final c
+      {L"*ab*ab", L"xabyabzab", 1}, {L"*a?c*", L"zzabxabc", 1},                   // ?-match after a restart
+      {L"a**c", L"ac", 1}, {L"a*", L"a", 1}, {L"*x", L"aaaa", 0},                 // stars match nothing
+      {L"*aab", L"aaaab", 1}};  // restarts advance one character at a time
+  for (const auto& c : cases) EXPECT_EQ(WildCmp(c.pattern, c.text), c.match) << c.text;
 }
 
 TEST(FindStringSearch, CaseFoldingEmptyInputsAndRunningOffTheEnd) {
