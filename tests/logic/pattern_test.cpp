@@ -33,7 +33,8 @@ void FillPattern(CDBSubPATTERN& p) {
 
 TEST(PatternArchive, FreshAndFilledRecordsWriteExactBytes) {
   ByteWriter fresh;
-  fresh.Header(1).Ints({0, -1, 0, 1, 0, -1, -1, 0, 1, 0}).Str(L"").Str(L"").Ints({0, 0, 0, 0});  // 3 empty arrays, nTail
+  fresh.Header(1).Ints({0, -1, 0, 1, 0, -1, -1, 0, 1, 0}).Str(L"").Str(L"");
+  fresh.Ints({0, 0, 0, 0});  // three empty arrays, nTail 0
   CDBSubPATTERN p;
   EXPECT_EQ(Store(p), fresh.bytes);
 
