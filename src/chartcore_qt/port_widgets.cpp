@@ -705,6 +705,18 @@ void PortClient::SendMouse(UINT message, QMouseEvent* event) {
   Dispatch(message, MouseKeyFlags(event->buttons(), event->modifiers()), MAKELPARAM(pos.x(), pos.y()));
 }
 
+void PortClient::SendButton(QMouseEvent* event, UINT left, UINT right) {
+  const std::shared_ptr<bool> alive = m_pPort->AliveToken();
+  if (event->button() == Qt::LeftButton) {
+    SendMouse(left, event);
+  } else if (event->button() == Qt::RightButton) {
+    SendMouse(right, event);
+  } else {
+    return;
+  }
+  if (*alive) AfterInput();
+}
+
 void PortClient::mousePressEvent(QMouseEvent* event) {
   if (m_pPort == nullptr) return;
   const std::shared_ptr<bool> alive = m_pPort->AliveToken();
@@ -712,43 +724,16 @@ void PortClient::mousePressEvent(QMouseEvent* event) {
   FinishComposition(true);
   if (!*alive) return;
   m_selfCommitted.clear();
-  if (event->button() == Qt::LeftButton) {
-    SendMouse(WM_LBUTTONDOWN, event);
-  } else if (event->button() == Qt::RightButton) {
-    SendMouse(WM_RBUTTONDOWN, event);
-  } else {
-    return;
-  }
-  if (!*alive) return;
-  AfterInput();
+  SendButton(event, WM_LBUTTONDOWN, WM_RBUTTONDOWN);
 }
 
 void PortClient::mouseReleaseEvent(QMouseEvent* event) {
-  if (m_pPort == nullptr) return;
-  const std::shared_ptr<bool> alive = m_pPort->AliveToken();
-  if (event->button() == Qt::LeftButton) {
-    SendMouse(WM_LBUTTONUP, event);
-  } else if (event->button() == Qt::RightButton) {
-    SendMouse(WM_RBUTTONUP, event);
-  } else {
-    return;
-  }
-  if (!*alive) return;
-  AfterInput();
+  if (m_pPort != nullptr) SendButton(event, WM_LBUTTONUP, WM_RBUTTONUP);
 }
 
 void PortClient::mouseDoubleClickEvent(QMouseEvent* event) {
-  if (m_pPort == nullptr) return;
-  const std::shared_ptr<bool> alive = m_pPort->AliveToken();
-  if (event->button() == Qt::LeftButton) {
-    SendMouse(WM_LBUTTONDBLCLK, event);
-  } else if (event->button() == Qt::RightButton) {
-    SendMouse(WM_RBUTTONDOWN, event);
-  } else {
-    return;
-  }
-  if (!*alive) return;
-  AfterInput();
+  // A right double click is a second right press, as without CS_DBLCLKS.
+  if (m_pPort != nullptr) SendButton(event, WM_LBUTTONDBLCLK, WM_RBUTTONDOWN);
 }
 
 void PortClient::mouseMoveEvent(QMouseEvent* event) {

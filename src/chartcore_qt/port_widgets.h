@@ -203,6 +203,8 @@ class PortClient : public QWidget {
   // returns whether it was consumed. *alive tells whether the port survived.
   BOOL Dispatch(UINT message, WPARAM wParam, LPARAM lParam);
   void SendMouse(UINT message, QMouseEvent* event);
+  // The left or right button's message for a press, release or double click.
+  void SendButton(QMouseEvent* event, UINT left, UINT right);
   void AfterInput();
 
   QtWindowPort* m_pPort;

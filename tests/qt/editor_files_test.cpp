@@ -2,8 +2,6 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "chartcore_qt/script_editor_window.h"
@@ -11,20 +9,14 @@
 
 namespace {
 
-std::string ReadBytes(const qt_test::fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 using EditorFiles = qt_test::EditorTest;
 
 TEST_F(EditorFiles, LoadEditSaveRoundTripWithModifiedSignals) {
-  const qt_test::fs::path file = ws.Dir() / "formula.txt";
   // Code page 949 on disk (no mark, not UTF-8): "종가" is C1 BE B0 A1.
-  std::ofstream(file, std::ios::binary) << "a = \xC1\xBE\xB0\xA1;\r\nb = 2;\r\n";
+  ws.Folder().MakeFile("formula.txt", "a = \xC1\xBE\xB0\xA1;\r\nb = 2;\r\n");
   QSignalSpy modified(widget.get(), &chartcore::qt::ScriptEditorWidget::modificationChanged);
   QSignalSpy edited(widget.get(), &chartcore::qt::ScriptEditorWidget::textEdited);
-  const QString path = QString::fromStdWString(file.wstring());
+  const QString path = ws.Path("formula.txt");
   ASSERT_TRUE(widget->LoadFile(path));
   EXPECT_EQ(widget->Text(), QString("a = 종가;\nb = 2;\n"));
   EXPECT_FALSE(widget->IsModified());
@@ -45,14 +37,14 @@ TEST_F(EditorFiles, LoadEditSaveRoundTripWithModifiedSignals) {
   EXPECT_FALSE(widget->IsModified());
   EXPECT_EQ(modified.count(), 4);
   // Saved in the encoding and line ends it was loaded with.
-  EXPECT_EQ(ReadBytes(file), std::string("ya = \xC1\xBE\xB0\xA1;\r\nb = 2;\r\n"));
+  EXPECT_EQ(ws.Folder().Read("formula.txt"), std::string("ya = \xC1\xBE\xB0\xA1;\r\nb = 2;\r\n"));
   // A file that cannot be read leaves the text alone.
   EXPECT_FALSE(widget->LoadFile(path + ".missing"));
   EXPECT_FALSE(widget->LoadFile(QString()));
   EXPECT_EQ(widget->Text(), QString("ya = 종가;\nb = 2;\n"));
   // Saving into a folder that does not exist fails and keeps the state.
   QTest::keyClicks(client, "z");
-  EXPECT_FALSE(widget->SaveFile(QString::fromStdWString((ws.Dir() / "no" / "such" / "f.txt").wstring())));
+  EXPECT_FALSE(widget->SaveFile(ws.Path("no/such/f.txt")));
   EXPECT_TRUE(widget->IsModified());
   // The workspace is loaded once: a second one is refused.
   EXPECT_FALSE(widget->SetWorkspace(ws.QRoot()));
@@ -63,7 +55,7 @@ TEST(EditorMainWindow, TitleFollowsFileAndChanges) {
   chartcore::qt::ScriptEditorWindow window;
   EXPECT_TRUE(window.OpenWorkspace(ws.QRoot()));
   EXPECT_TRUE(window.windowTitle().startsWith("Untitled"));
-  const QString path = QString::fromStdWString((ws.Dir() / "new.txt").wstring());
+  const QString path = ws.Path("new.txt");
   window.NewFile(path);
   EXPECT_EQ(window.CurrentFile(), path);
   window.Editor()->Editor().ReplaceSelText(L"v = MyAvg(c, 5);");
@@ -76,7 +68,7 @@ TEST(EditorMainWindow, TitleFollowsFileAndChanges) {
   EXPECT_TRUE(window.windowTitle().startsWith("new.txt"));
   EXPECT_FALSE(window.windowTitle().contains("*"));
   EXPECT_TRUE(window.MaybeSave());  // nothing unsaved: no question asked
-  EXPECT_EQ(ReadBytes(ws.Dir() / "new.txt").substr(3), std::string("//  v = MyAvg(c, 5);"));  // after the mark
+  EXPECT_EQ(ws.Folder().Read("new.txt").substr(3), std::string("//  v = MyAvg(c, 5);"));  // after the mark
   // Untitled and not shown: no file to save to.
   window.NewFile(QString());
   EXPECT_FALSE(window.Save());

@@ -10,11 +10,8 @@
 #include <QTest>
 #include <QWidget>
 
-#include <atomic>
 #include <filesystem>
-#include <fstream>
 #include <initializer_list>
-#include <random>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -25,6 +22,7 @@
 #include "chartcore_qt/conversions.h"
 #include "chartcore_qt/qt_backend.h"
 #include "chartcore_qt/script_editor_widget.h"
+#include "common/temp_dir.h"
 
 namespace qt_test {
 
@@ -36,32 +34,22 @@ namespace fs = std::filesystem;
 class Workspace {
  public:
   Workspace() {
-    static std::atomic<int> serial{0};
-    m_dir = fs::temp_directory_path() /
-            ("chartcore-qt-" + std::to_string(std::random_device{}()) + "-" + std::to_string(serial++));
-    fs::create_directories(m_dir / "Logic" / "Function");
-    std::ofstream(m_dir / "Logic" / "Function" / "New_Function.dat", std::ios::binary)
-        << "[System]\nCount=1\nName0=MyAvg\n[User]\nCount=0\n";
+    m_dir.MakeFile("Logic/Function/New_Function.dat", "[System]\nCount=1\nName0=MyAvg\n[User]\nCount=0\n");
     CDBSubFUNCT record;
     record.m_strText1 = L"MyAvg";
     record.m_strText3 = L"MyAvg(Price, Period)";
     record.m_strText4 = L"이동평균";
-    const CString path = Root() + L"/Logic/Function/MyAvg.fct";
-    EXPECT_TRUE(chartcore::SaveRecordFile(path, record));
+    EXPECT_TRUE(chartcore::SaveRecordFile(m_dir.lib("Logic/Function/MyAvg.fct"), record));
   }
-  ~Workspace() {
-    std::error_code ec;
-    fs::remove_all(m_dir, ec);
-  }
-  Workspace(const Workspace&) = delete;
-  Workspace& operator=(const Workspace&) = delete;
 
-  CString Root() const { return CString(m_dir.wstring().c_str()); }
-  QString QRoot() const { return QString::fromStdWString(m_dir.wstring()); }
-  fs::path Dir() const { return m_dir; }
+  CString Root() const { return CString(m_dir.root().wstring().c_str()); }
+  QString QRoot() const { return QString::fromStdWString(m_dir.root().wstring()); }
+  // A path below the root, as Qt takes it.
+  QString Path(const std::string& relative) const { return QString::fromStdWString(m_dir.native(relative).wstring()); }
+  const chartcore_test::TempDir& Folder() const { return m_dir; }
 
  private:
-  fs::path m_dir;
+  chartcore_test::TempDir m_dir;
 };
 
 // An editor widget over the workspace, shown, active and focused, with
