@@ -13,10 +13,10 @@
 #include <cstdio>
 #include <cwchar>
 #include <cwctype>
-#include <map>
 #include <string>
 #include <vector>
 
+#include "bench_util.h"
 #include "chartcore/script_editor/script_edit.h"
 
 namespace {
@@ -151,47 +151,21 @@ BENCHMARK(BM_TypeCommentOpenAtLine50000)->Unit(benchmark::kMicrosecond);
 // Summary
 // ---------------------------------------------------------------------------
 
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.run_type != Run::RT_Iteration) continue;
-      m_times[run.benchmark_name()] = run.GetAdjustedCPUTime();
-      auto it = run.counters.find("lines_per_key");
-      auto keys = run.counters.find("keys_per_iteration");
-      if (it != run.counters.end() && keys != run.counters.end()) {
-        m_lines[run.benchmark_name()] = it->second.value;
-        m_times[run.benchmark_name()] /= keys->second.value;
-      }
-    }
-    ConsoleReporter::ReportRuns(runs);
+// Colouring in CPU time against the plain loop; per keystroke, the lines
+// ParseLine saw and the CPU time of one keystroke.
+void PrintRatios(const chartcore_bench::RatioReporter& r) {
+  if (r.Cpu("BM_IswalnumFile") > 0 && r.Cpu("BM_ColourFile") > 0) {
+    std::printf("colouring 100000 lines / iswalnum loop: %.2fx (target <= 3x)\n",
+                r.Cpu("BM_ColourFile") / r.Cpu("BM_IswalnumFile"));
   }
-  void PrintRatios() const {
-    const auto colour = m_times.find("BM_ColourFile");
-    const auto plain = m_times.find("BM_IswalnumFile");
-    if (colour != m_times.end() && plain != m_times.end() && plain->second > 0) {
-      std::printf("colouring 100000 lines / iswalnum loop: %.2fx (target <= 3x)\n", colour->second / plain->second);
-    }
-    for (const auto& entry : m_lines) {
-      const auto time = m_times.find(entry.first);
-      std::printf("%s: %.1f lines parsed per keystroke, %.1f us per keystroke\n", entry.first.c_str(), entry.second,
-                  time != m_times.end() ? time->second : 0.0);
-    }
+  for (const char* name : {"BM_TypeCharAtLine50000", "BM_TypeCommentOpenAtLine50000"}) {
+    const double keys = r.Counter(name, "keys_per_iteration");
+    if (keys <= 0) continue;
+    std::printf("%s: %.1f lines parsed per keystroke, %.1f us per keystroke\n", name,
+                r.Counter(name, "lines_per_key"), r.Cpu(name) / keys);
   }
-
- private:
-  std::map<std::string, double> m_times;
-  std::map<std::string, double> m_lines;
-};
+}
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  reporter.PrintRatios();
-  benchmark::Shutdown();
-  return 0;
-}
+int main(int argc, char** argv) { return chartcore_bench::RunWithRatios(argc, argv, PrintRatios); }

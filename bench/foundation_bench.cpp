@@ -11,7 +11,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cwchar>
-#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -19,6 +18,7 @@
 #include "chartcore/foundation/datetime.h"
 #include "chartcore/foundation/formatting.h"
 #include "chartcore/packets/packet_types.h"
+#include "bench_util.h"
 
 namespace {
 
@@ -169,50 +169,27 @@ BENCHMARK(BM_SwprintfText)->Apply(TextArgs);
 // Ratios
 // ---------------------------------------------------------------------------
 
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs)
-      if (run.run_type == Run::RT_Iteration) m_times[run.benchmark_name()] = run.GetAdjustedCPUTime();
-    ConsoleReporter::ReportRuns(runs);
-  }
-
-  void PrintRatios() const {
-    // CPU time: the machine is shared, so wall time carries other loads.
-    std::printf("\nlibrary CPU time / plain CPU time (getters: at most 1.5; texts: at most 0.33)\n");
-    const char* getters[][2] = {{"BM_GetYear", "BM_InlineYear"},
-                                {"BM_GetMonth", "BM_InlineMonth"},
-                                {"BM_GetDate", "BM_InlineDate"},
-                                {"BM_GetTime", "BM_InlineTime"},
-                                {"BM_GetCompMinute", "BM_InlineCompMinute"}};
-    for (const auto& pair : getters) Print(pair[0], pair[1]);
-    for (const int code : {0, 2, 65, 75}) {
-      for (const int group : {0, 1}) {
-        const std::string args = "/" + std::to_string(code) + "/" + std::to_string(group);
-        Print("BM_FormatText" + args, "BM_SwprintfText" + args);
-      }
+// CPU time: the machine is shared, so wall time carries other loads.
+void PrintRatios(const chartcore_bench::RatioReporter& r) {
+  std::printf("\nlibrary CPU time / plain CPU time (getters: at most 1.5; texts: at most 0.33)\n");
+  const auto print = [&r](const std::string& library, const std::string& plain) {
+    if (r.Cpu(library) <= 0 || r.Cpu(plain) <= 0) return;
+    std::printf("  %-28s / %-28s = %.2f\n", library.c_str(), plain.c_str(), r.Cpu(library) / r.Cpu(plain));
+  };
+  const char* getters[][2] = {{"BM_GetYear", "BM_InlineYear"},
+                              {"BM_GetMonth", "BM_InlineMonth"},
+                              {"BM_GetDate", "BM_InlineDate"},
+                              {"BM_GetTime", "BM_InlineTime"},
+                              {"BM_GetCompMinute", "BM_InlineCompMinute"}};
+  for (const auto& pair : getters) print(pair[0], pair[1]);
+  for (const int code : {0, 2, 65, 75}) {
+    for (const int group : {0, 1}) {
+      const std::string args = "/" + std::to_string(code) + "/" + std::to_string(group);
+      print("BM_FormatText" + args, "BM_SwprintfText" + args);
     }
   }
-
- private:
-  void Print(const std::string& library, const std::string& plain) const {
-    const auto a = m_times.find(library);
-    const auto b = m_times.find(plain);
-    if (a == m_times.end() || b == m_times.end() || b->second <= 0) return;
-    std::printf("  %-28s / %-28s = %.2f\n", library.c_str(), plain.c_str(), a->second / b->second);
-  }
-
-  std::map<std::string, double> m_times;
-};
+}
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  reporter.PrintRatios();
-  benchmark::Shutdown();
-  return 0;
-}
+int main(int argc, char** argv) { return chartcore_bench::RunWithRatios(argc, argv, PrintRatios); }

@@ -6,13 +6,13 @@
 // time / plain CPU time.
 #include <benchmark/benchmark.h>
 
-#include <ctime>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include "bench_util.h"
 #include "chartcore/logic/indica.h"
 #include "chartcore/platform/file.h"
 
@@ -147,9 +147,7 @@ void PlainRead(PlainReader& rd, CDBSubINDICA& r) {
   r.nTail = rd.Get<int>();
 }
 
-// Process CPU seconds: the machine running this may be shared, and CPU time
-// keeps the archive/plain ratio meaningful under load.
-double CpuSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
+using chartcore_bench::CpuSeconds;
 
 struct Timing {
   double write = 0;
@@ -223,13 +221,12 @@ BENCHMARK(BM_IndicaPlainWriteRead)->Unit(benchmark::kMillisecond);
 }  // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  if (g_plain.write > 0 && g_plain.read > 0) {
+  return chartcore_bench::RunWithRatios(argc, argv, [](const chartcore_bench::RatioReporter&) {
+    // The sections are timed by hand in CPU time: archive and plain apart
+    // for writing and reading.
+    if (g_plain.write <= 0 || g_plain.read <= 0) return;
     std::printf("indicator records: archive / plain CPU time: write %.2f, read %.2f, both %.2f\n",
                 g_archive.write / g_plain.write, g_archive.read / g_plain.read,
                 (g_archive.write + g_archive.read) / (g_plain.write + g_plain.read));
-  }
-  benchmark::Shutdown();
-  return 0;
+  });
 }

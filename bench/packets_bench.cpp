@@ -9,13 +9,13 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "bench_util.h"
 #include "chartcore/packets/packet.h"
 #include "chartcore/packets/packet_memory.h"
 
@@ -172,30 +172,12 @@ BENCHMARK(AddBasicPlain)->Name("AddBasic1M/plain")->Unit(benchmark::kMillisecond
 // Peak memory growing to 10M elements by Add
 // ---------------------------------------------------------------------------
 
-// Resident kilobytes from /proc/self/status ("VmHWM" or "VmRSS"); 0 where
-// that file does not exist.
-long StatusKb(const char* key) {
-  std::ifstream status("/proc/self/status");
-  std::string line;
-  const std::string prefix = std::string(key) + ":";
-  while (std::getline(status, line)) {
-    if (line.compare(0, prefix.size(), prefix) == 0) return std::stol(line.substr(prefix.size()));
-  }
-  return 0;
-}
-
-// Resets the resident high-water mark to the current size.
-void ResetPeak() {
-  std::ofstream clear("/proc/self/clear_refs");
-  clear << "5";
-}
-
 template <bool kOurs>
 void PeakMemory(benchmark::State& state) {
   double peak_mb = 0;
   for (auto _ : state) {
-    ResetPeak();
-    const long before = StatusKb("VmRSS");
+    chartcore_bench::ResetPeak();
+    const long before = chartcore_bench::StatusKb("VmRSS");
     if (kOurs) {
       CPacket p;
       for (int i = 0; i < kTenMillion; ++i) p.Add(i);
@@ -205,7 +187,7 @@ void PeakMemory(benchmark::State& state) {
       for (int i = 0; i < kTenMillion; ++i) v.push_back(i);
       benchmark::DoNotOptimize(v.data());
     }
-    peak_mb = static_cast<double>(StatusKb("VmHWM") - before) / 1024.0;
+    peak_mb = static_cast<double>(chartcore_bench::StatusKb("VmHWM") - before) / 1024.0;
   }
   state.counters["peak_MB"] = peak_mb;
   state.counters["peak_per_payload"] = peak_mb * 1024.0 * 1024.0 / (kTenMillion * sizeof(double));
@@ -217,58 +199,26 @@ BENCHMARK_TEMPLATE(PeakMemory, false)->Name("PeakMemory10M/plain")->Iterations(1
 // Ratio summary
 // ---------------------------------------------------------------------------
 
-// Console output as usual, then one line per pair: ours / plain and target.
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      times_[run.benchmark_name()] = run.GetAdjustedRealTime();
-      cpu_times_[run.benchmark_name()] = run.GetAdjustedCPUTime();
-      auto it = run.counters.find("peak_per_payload");
-      if (it != run.counters.end()) peaks_[run.benchmark_name()] = it->second.value;
-    }
-    ConsoleReporter::ReportRuns(runs);
+// One line per pair: ours / plain in wall and CPU time, and its target.
+void PrintRatios(const chartcore_bench::RatioReporter& r) {
+  std::printf("\nratios ours / plain (wall, cpu; target):\n");
+  const struct {
+    const char* name;
+    double target;
+  } pairs[] = {{"Add10M", 1.5},    {"MaxMin10M", 1.1},  {"Plus10M", 1.5},
+               {"Multiply10M", 1.5}, {"AddBasic1M", 2.0}};
+  for (const auto& pair : pairs) {
+    const std::string ours = std::string(pair.name) + "/ours", plain = std::string(pair.name) + "/plain";
+    if (r.Wall(ours) <= 0 || r.Wall(plain) <= 0) continue;
+    const double cpuRatio = r.Cpu(plain) > 0 ? r.Cpu(ours) / r.Cpu(plain) : 0.0;
+    std::printf("  %-12s %.2f  %.2f  (target <= %.1f)\n", pair.name, r.Wall(ours) / r.Wall(plain), cpuRatio,
+                pair.target);
   }
-
-  void Finalize() override {
-    ConsoleReporter::Finalize();
-    // Wall-clock ratio first; the CPU-time ratio beside it is steadier on a
-    // machine shared with other work.
-    std::printf("\nratios ours / plain (wall, cpu; target):\n");
-    const struct {
-      const char* name;
-      double target;
-    } pairs[] = {{"Add10M", 1.5},    {"MaxMin10M", 1.1},  {"Plus10M", 1.5},
-                 {"Multiply10M", 1.5}, {"AddBasic1M", 2.0}};
-    for (const auto& pair : pairs) {
-      const std::string base = pair.name;
-      auto ours = times_.find(base + "/ours");
-      auto plain = times_.find(base + "/plain");
-      if (ours == times_.end() || plain == times_.end() || plain->second <= 0) continue;
-      const double cpu_plain = cpu_times_[base + "/plain"];
-      const double cpu_ratio = cpu_plain > 0 ? cpu_times_[base + "/ours"] / cpu_plain : 0.0;
-      std::printf("  %-12s %.2f  %.2f  (target <= %.1f)\n", pair.name, ours->second / plain->second, cpu_ratio,
-                  pair.target);
-    }
-    auto peak = peaks_.find("PeakMemory10M/ours");
-    if (peak != peaks_.end()) {
-      std::printf("  %-12s %.2f x payload  (target <= 2.0)\n", "PeakMemory", peak->second);
-    }
-  }
-
- private:
-  std::map<std::string, double> times_;
-  std::map<std::string, double> cpu_times_;
-  std::map<std::string, double> peaks_;
-};
+  // Iterations(1) puts its suffix on the name the run reports.
+  const double peak = r.Counter("PeakMemory10M/ours/iterations:1", "peak_per_payload");
+  if (peak > 0) std::printf("  %-12s %.2f x payload  (target <= 2.0)\n", "PeakMemory", peak);
+}
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  benchmark::Shutdown();
-  return 0;
-}
+int main(int argc, char** argv) { return chartcore_bench::RunWithRatios(argc, argv, PrintRatios); }

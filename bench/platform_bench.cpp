@@ -5,32 +5,19 @@
 //  - 100,000 short CStrings read from an archive, against decoding the same
 //    UTF-16 bytes into std::wstring by hand, with heap allocations counted.
 // The summary lines at the end print the ratios.
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <map>
 #include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
+#define CHARTCORE_BENCH_COUNT_ALLOCATIONS
+#include "bench_util.h"
+
 #include "chartcore/platform/archive.h"
 #include "chartcore/platform/file.h"
-
-namespace {
-std::atomic<size_t> g_allocations{0};
-}  // namespace
-
-void* operator new(std::size_t n) {
-  g_allocations.fetch_add(1, std::memory_order_relaxed);
-  void* p = std::malloc(n != 0 ? n : 1);
-  if (p == nullptr) throw std::bad_alloc();
-  return p;
-}
-static void (*volatile g_release)(void*) = std::free;
-void operator delete(void* p) noexcept { g_release(p); }
-void operator delete(void* p, std::size_t) noexcept { g_release(p); }
 
 namespace {
 
@@ -127,9 +114,9 @@ void BM_ArchiveReadShortStrings(benchmark::State& state) {
   for (auto _ : state) {
     CMemFile file(const_cast<BYTE*>(bytes.data()), static_cast<UINT>(bytes.size()));
     CArchive ar(&file, CArchive::load);
-    const size_t before = g_allocations.load();
+    const size_t before = chartcore_bench::Allocations();
     for (CString& s : out) ar >> s;
-    allocations = g_allocations.load() - before;
+    allocations = chartcore_bench::Allocations() - before;
     benchmark::DoNotOptimize(out.data());
   }
   state.counters["allocs_per_string"] = static_cast<double>(allocations) / kStrings;
@@ -154,41 +141,12 @@ void BM_PlainDecodeShortStrings(benchmark::State& state) {
 }
 BENCHMARK(BM_PlainDecodeShortStrings)->Unit(benchmark::kMillisecond);
 
-// Collects each benchmark's time per iteration for the ratio lines.
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.iterations > 0) {
-        times[run.benchmark_name()] = run.GetAdjustedRealTime();
-        cpuTimes[run.benchmark_name()] = run.GetAdjustedCPUTime();
-      }
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-  std::map<std::string, double> times;
-  std::map<std::string, double> cpuTimes;  // steadier than wall clock on a shared machine
-};
-
-void PrintRatio(const RatioReporter& r, const char* label, const char* a, const char* b) {
-  const auto ia = r.times.find(a);
-  const auto ib = r.times.find(b);
-  const auto ca = r.cpuTimes.find(a);
-  const auto cb = r.cpuTimes.find(b);
-  if (ia == r.times.end() || ib == r.times.end() || ib->second <= 0 || cb->second <= 0) return;
-  std::printf("%s: %.2fx wall, %.2fx cpu\n", label, ia->second / ib->second, ca->second / cb->second);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  PrintRatio(reporter, "archive / per-value memcpy (target <= 4)", "BM_ArchiveDoubles", "BM_MemcpyDoublesEach");
-  PrintRatio(reporter, "archive / bulk memcpy", "BM_ArchiveDoubles", "BM_MemcpyDoublesBulk");
-  PrintRatio(reporter, "archive strings / plain decode", "BM_ArchiveReadShortStrings",
-             "BM_PlainDecodeShortStrings");
-  benchmark::Shutdown();
-  return 0;
+  return chartcore_bench::RunWithRatios(argc, argv, [](const chartcore_bench::RatioReporter& r) {
+    r.PrintRatio("archive / per-value memcpy (target <= 4)", "BM_ArchiveDoubles", "BM_MemcpyDoublesEach");
+    r.PrintRatio("archive / bulk memcpy", "BM_ArchiveDoubles", "BM_MemcpyDoublesBulk");
+    r.PrintRatio("archive strings / plain decode", "BM_ArchiveReadShortStrings", "BM_PlainDecodeShortStrings");
+  });
 }
