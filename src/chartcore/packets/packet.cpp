@@ -18,17 +18,6 @@ namespace {
 
 constexpr double kEmpty = kPacketEmptyValue;
 
-// An index computed in 64 bits, or -1 (out of range for every packet) when
-// it does not fit an int.
-int NarrowIndex(std::int64_t i) { return (i < INT_MIN || i > INT_MAX) ? -1 : static_cast<int>(i); }
-
-// Physical length for a copy of a packet: its recorded capacity when that is
-// a sane figure, so appends after the copy need no reallocation.
-int CopyAllocFor(int capacity, int size) {
-  const int cap = capacity > internal::kMaxPacketElements ? 0 : capacity;
-  return std::max(cap, size);
-}
-
 }  // namespace
 
 // ---------------------------------------------------------------------------
@@ -70,7 +59,7 @@ CPacket& CPacket::operator=(const CPacket& other) {
   if (this == &other) return *this;
   ClearPacket();
   if (other.m_nPacketSize < 1) return *this;
-  const int alloc = CopyAllocFor(other.m_nMaxPacketSize, other.m_nPacketSize);
+  const int alloc = internal::CopyAllocFor(other.m_nMaxPacketSize, other.m_nPacketSize);
   m_pData = internal::AllocValues(alloc);
   m_nAlloc = alloc;
   const int stored = internal::Stored(other.Ref());
@@ -155,18 +144,11 @@ void CPacket::ReAllocPacket(int n, int keep) {
     AllocPacket(n);
     return;
   }
+  internal::ResizeKeeping(m_pData, m_nAlloc, n, m_nPacketSize);
   if (n < m_nPacketSize) {
-    // Only what fits survives; the size and end index follow.
-    m_pData = internal::ResizeValues(m_pData, m_nAlloc, n, n);
-    m_nAlloc = n;
+    // Only what fits survived; the size and end index follow.
     m_nPacketSize = n;
     if (m_nEndIndex > n - 1) m_nEndIndex = n - 1;
-    return;
-  }
-  if (m_pData == nullptr || n > m_nAlloc) {
-    const int target = internal::GrowthTarget(m_nAlloc, n);
-    m_pData = internal::ResizeValues(m_pData, m_nAlloc, target, m_nPacketSize);
-    m_nAlloc = target;
   }
 }
 
@@ -273,7 +255,7 @@ double CPacket::GetLastPrevValue() const { return GetValue(m_nPacketSize - 2); }
 double CPacket::GetLastPrePrevValue() const { return GetValue(m_nPacketSize - 3); }
 
 double CPacket::GetLastFromIndexValue(int k) const {
-  return GetValue(NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - k));
+  return GetValue(internal::NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - k));
 }
 
 double CPacket::GetReverseValue(int i) const {
@@ -425,7 +407,7 @@ int CPacket::Remove(int i, int n, int shrink) {
 int CPacket::RemoveLeft(int n, int shrink) { return Remove(0, n, shrink); }
 
 int CPacket::RemoveRight(int n, int shrink) {
-  const int from = NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - n);
+  const int from = internal::NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - n);
   return Remove(from, n, shrink);
 }
 
@@ -463,7 +445,7 @@ int CPacket::Shift(int direction, int n) {
   AllocPacket(static_cast<int>(grown));
   const int new_size = m_nPacketSize;
   const std::int64_t start = static_cast<std::int64_t>(old_start) + n;
-  m_nStartIndex = NarrowIndex(start);
+  m_nStartIndex = internal::NarrowIndex(start);
   const int first = static_cast<int>(std::max<std::int64_t>(std::min<std::int64_t>(start, new_size), 0));
   internal::PlaceShiftedRight(m_pData, m_nAlloc, old.data(), static_cast<int>(old.size()), first, new_size, n);
   m_nShiftXSize = n;
@@ -499,7 +481,7 @@ int CPacket::AccumPacket(const CPacket* src) {
   }
   ClearPacket();
   if (src == nullptr || src->m_nPacketSize < 1) return 0;
-  const int alloc = CopyAllocFor(src->m_nMaxPacketSize, src->m_nPacketSize);
+  const int alloc = internal::CopyAllocFor(src->m_nMaxPacketSize, src->m_nPacketSize);
   m_pData = internal::AllocValues(alloc);
   m_nAlloc = alloc;
   internal::AccumulateColumn(Ref(), src->Ref(), 0);
@@ -533,12 +515,12 @@ CPacket CPacket::operator()(int shift) const {
     result.m_nStartIndex = static_cast<int>(first);
     for (int i = static_cast<int>(first); i < n; ++i) {
       const std::int64_t from = static_cast<std::int64_t>(i) - shift;
-      result.m_pData[i] = from < n ? GetValue(NarrowIndex(from)) : kEmpty;
+      result.m_pData[i] = from < n ? GetValue(internal::NarrowIndex(from)) : kEmpty;
     }
   }
   if (shift < 0) {
     result.m_nShiftXSize = shift;
-    result.m_nEndIndex = NarrowIndex(static_cast<std::int64_t>(n) - shift + 1);
+    result.m_nEndIndex = internal::NarrowIndex(static_cast<std::int64_t>(n) - shift + 1);
   }
   return result;
 }
@@ -667,7 +649,7 @@ int CPacket::TrimLeft(int n, double v, int shrink) {
 
 int CPacket::TrimRight(int n, double v, int shrink) {
   if (n < 1 || m_pData == nullptr) return 0;
-  return Trim(NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - n), m_nPacketSize - 1, v, shrink);
+  return Trim(internal::NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - n), m_nPacketSize - 1, v, shrink);
 }
 
 int CPacket::ReversePacket() {
@@ -752,7 +734,7 @@ int CPacket::CopyPacket(const CPacket* src, int from, int to) {
   if (wanted > internal::kMaxPacketElements) throw std::bad_alloc();
   const int count = static_cast<int>(std::max<std::int64_t>(wanted, 0));
   CheckPacketBoundary(src->m_nPacketSize);
-  const int alloc = std::max(CopyAllocFor(m_nMaxPacketSize, 0), count);
+  const int alloc = std::max(internal::CopyAllocFor(m_nMaxPacketSize, 0), count);
   m_pData = internal::AllocValues(alloc);
   m_nAlloc = alloc;
   for (int k = 0; k < count; ++k) m_pData[k] = src->GetValue(from + k);

@@ -57,6 +57,20 @@ int GrowthTarget(int alloc, int need) {
   return static_cast<int>(target);
 }
 
+bool ResizeKeeping(double*& data, int& alloc, int n, int size) {
+  if (n < size) {
+    data = ResizeValues(data, alloc, n, n);
+    alloc = n;
+    return false;
+  }
+  if (data != nullptr && n <= alloc) return false;
+  const bool fresh = data == nullptr;
+  const int target = GrowthTarget(alloc, n);
+  data = ResizeValues(data, alloc, target, size);
+  alloc = target;
+  return fresh;
+}
+
 int BlockCountFor(int count) {
   return count / kPacketBlockSize + (count % kPacketBlockSize != 0 ? 1 : 0);
 }

@@ -12,6 +12,9 @@
 #ifndef CHARTCORE_PACKETS_PACKET_INTERNAL_H_
 #define CHARTCORE_PACKETS_PACKET_INTERNAL_H_
 
+#include <climits>
+#include <cstdint>
+
 #include "chartcore/packets/packet_types.h"
 
 namespace chartcore {
@@ -51,6 +54,27 @@ int CapacityOfBlocks(int blocks);
 // i is below the capacity of a non-empty packet or needs as many blocks as
 // it has; otherwise stores the new block count and capacity and gives 0.
 int CheckBoundary(int i, int size, int& block_count, int& capacity);
+
+// Physical length for a copy of a packet: its recorded capacity when that is
+// a sane figure, so appends after the copy need no reallocation; never less
+// than the copied size.
+inline int CopyAllocFor(int capacity, int size) {
+  const int cap = capacity > kMaxPacketElements ? 0 : capacity;
+  const int need = size > 0 ? size : 0;
+  return cap > need ? cap : need;
+}
+
+// The storage step of ReAllocPacket for one column that keeps its values,
+// from a packet of `size` elements to n: a shrink (n < size) keeps the first
+// n values in an array of exactly n; otherwise a missing array, or one
+// shorter than n, grows by GrowthTarget with the slots below `size` that had
+// no storage reading empty. Returns true when a missing array was made by a
+// growth (a shrink never counts as a new column).
+bool ResizeKeeping(double*& data, int& alloc, int n, int size);
+
+// An index computed in 64 bits, or -1 (out of range for every packet) when
+// it does not fit an int.
+inline int NarrowIndex(std::int64_t i) { return (i < INT_MIN || i > INT_MAX) ? -1 : static_cast<int>(i); }
 
 // ---------------------------------------------------------------------------
 // Series view

@@ -36,8 +36,6 @@ unsigned LayoutMask(int layout) { return (layout >= 0 && layout <= PST_FULL) ? k
 
 bool ValidColumn(int t) { return t >= 0 && t < kColumns; }
 
-int NarrowIndex(std::int64_t i) { return (i < INT_MIN || i > INT_MAX) ? -1 : static_cast<int>(i); }
-
 // Record <-> row of doubles in column order.
 void ToRow(const tagPacketCoreData& r, double* row) {
   const double values[kBasicColumns] = {r.m_dDate, r.m_dOpen, r.m_dHigh, r.m_dLow, r.m_dClose, r.m_dVolume, r.m_dRatio};
@@ -92,11 +90,6 @@ struct Row {
 // Value a record row gives column c (columns beyond the record: empty).
 inline double RowValue(const double* row, int ncols, int c) { return c < ncols ? row[c] : kEmpty; }
 
-// Physical length for a copy: the recorded capacity when sane.
-int CopyAllocFor(int capacity, int size) {
-  const int cap = capacity > internal::kMaxPacketElements ? 0 : capacity;
-  return std::max(cap, std::max(size, 0));
-}
 
 }  // namespace
 
@@ -239,18 +232,9 @@ void CPacketMemory::ReAllocPacket(int n, int keep) {
   const unsigned mask = LayoutMask(m_nPacketStructType);
   const bool shrink = n < m_nPacketSize;
   for (int t = 0; t < kColumns; ++t) {
+    // On a shrink only what fits survives; a growth may make a column.
     if (!(mask & (1u << t))) continue;
-    if (shrink) {
-      // Only what fits survives.
-      m_apData[t] = internal::ResizeValues(m_apData[t], m_anAlloc[t], n, n);
-      m_anAlloc[t] = n;
-    } else if (m_apData[t] == nullptr || n > m_anAlloc[t]) {
-      const int target = internal::GrowthTarget(m_anAlloc[t], n);
-      const bool fresh = m_apData[t] == nullptr;
-      m_apData[t] = internal::ResizeValues(m_apData[t], m_anAlloc[t], target, m_nPacketSize);
-      m_anAlloc[t] = target;
-      if (fresh) ++m_nColumnCount;
-    }
+    if (internal::ResizeKeeping(m_apData[t], m_anAlloc[t], n, m_nPacketSize)) ++m_nColumnCount;
   }
   if (shrink) {
     m_nPacketSize = n;
@@ -341,7 +325,7 @@ double CPacketMemory::GetLastPrevValue(ENPacketDataType t) const { return GetVal
 double CPacketMemory::GetLastPrePrevValue(ENPacketDataType t) const { return GetValue(m_nPacketSize - 3, t); }
 
 double CPacketMemory::GetLastFromIndexValue(int k, ENPacketDataType t) const {
-  return GetValue(NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - k), t);
+  return GetValue(internal::NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - k), t);
 }
 
 double CPacketMemory::GetReverseValue(int i, ENPacketDataType t) const {
@@ -475,11 +459,11 @@ tagPacketCoreData CPacketMemory::GetLastPrePrevBasic() const { return GetBasic(m
 tagPacketCoreDataExtra CPacketMemory::GetLastPrePrevExtra() const { return GetExtra(m_nPacketSize - 3); }
 
 tagPacketCoreData CPacketMemory::GetLastFromIndexBasic(int k) const {
-  return GetBasic(NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - k));
+  return GetBasic(internal::NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - k));
 }
 
 tagPacketCoreDataExtra CPacketMemory::GetLastFromIndexExtra(int k) const {
-  return GetExtra(NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - k));
+  return GetExtra(internal::NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - k));
 }
 
 tagPacketCoreData CPacketMemory::GetLastAvailBasic() const { return GetBasic(LastAvailBar()); }
@@ -802,11 +786,11 @@ int CPacketMemory::RemoveLeftBasic(int n, int shrink) { return RemoveRows(0, n, 
 int CPacketMemory::RemoveLeftExtra(int n, int shrink) { return RemoveRows(0, n, shrink, kExtraColumns); }
 
 int CPacketMemory::RemoveRightBasic(int n, int shrink) {
-  return RemoveRows(NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - n), n, shrink, kBasicColumns);
+  return RemoveRows(internal::NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - n), n, shrink, kBasicColumns);
 }
 
 int CPacketMemory::RemoveRightExtra(int n, int shrink) {
-  return RemoveRows(NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - n), n, shrink, kExtraColumns);
+  return RemoveRows(internal::NarrowIndex(static_cast<std::int64_t>(m_nPacketSize) - n), n, shrink, kExtraColumns);
 }
 
 int CPacketMemory::ShiftRows(int direction, int n, int ncols) {
@@ -830,7 +814,7 @@ int CPacketMemory::ShiftRows(int direction, int n, int ncols) {
   AllocPacket(static_cast<int>(grown));
   const int new_size = m_nPacketSize;
   const std::int64_t start = static_cast<std::int64_t>(old_start) + n;
-  m_nStartIndex = NarrowIndex(start);
+  m_nStartIndex = internal::NarrowIndex(start);
   const int first = static_cast<int>(std::max<std::int64_t>(std::min<std::int64_t>(start, new_size), 0));
   for (int c = 0; c < kColumns; ++c) {
     double* d = m_apData[c];
@@ -1005,7 +989,7 @@ int CPacketMemory::FillPacket(const CPacketMemory* src, ENPacketDataType t) {
   }
   ClearPacket();
   if (src == nullptr || src->m_nPacketSize < 1) return 0;
-  AllocPacketMemory(CopyAllocFor(src->m_nMaxPacketSize, src->m_nPacketSize));
+  AllocPacketMemory(internal::CopyAllocFor(src->m_nMaxPacketSize, src->m_nPacketSize));
   const int count = src->m_nPacketSize;
   const int layout = m_nPacketStructType;
   for (int c = 0; c < kColumns; ++c) {
@@ -1037,7 +1021,7 @@ int CPacketMemory::AccumPacket(const CPacketMemory* src) {
   }
   ClearPacket();
   if (src == nullptr || src->m_nPacketSize < 1) return 0;
-  AllocPacketMemory(CopyAllocFor(src->m_nMaxPacketSize, src->m_nPacketSize));
+  AllocPacketMemory(internal::CopyAllocFor(src->m_nMaxPacketSize, src->m_nPacketSize));
   const unsigned mask = LayoutMask(m_nPacketStructType);
   for (int c = 0; c < kColumns; ++c) {
     if (m_apData[c] == nullptr || !(mask & (1u << c))) continue;
@@ -1083,7 +1067,7 @@ int CPacketMemory::CopyPacket(const CPacketMemory& src) {
   m_nPacketStructType = src.m_nPacketStructType;
   m_nDefaultDataType = src.m_nDefaultDataType;
   if (src.m_nPacketSize < 1) return 0;
-  const int alloc = CopyAllocFor(src.m_nMaxPacketSize, src.m_nPacketSize);
+  const int alloc = internal::CopyAllocFor(src.m_nMaxPacketSize, src.m_nPacketSize);
   for (int c = 0; c < kColumns; ++c) {
     if (src.m_apData[c] == nullptr) continue;
     SetColumn(c, internal::AllocValues(alloc), alloc);
@@ -1109,7 +1093,7 @@ int CPacketMemory::CopyPacket(const CPacketMemory* src, int from, int to) {
   m_nPacketStructType = src->m_nPacketStructType;
   m_nDefaultDataType = src->m_nDefaultDataType;
   CheckPacketBoundary(src->m_nPacketSize);
-  const int alloc = std::max(CopyAllocFor(m_nMaxPacketSize, 0), count);
+  const int alloc = std::max(internal::CopyAllocFor(m_nMaxPacketSize, 0), count);
   for (int c = 0; c < kColumns; ++c) {
     if (!(LayoutMask(m_nPacketStructType) & (1u << c))) continue;
     SetColumn(c, internal::AllocValues(alloc), alloc);
