@@ -15,6 +15,14 @@ using chartcore_test::ReadAll;
 using chartcore_test::TempFolder;
 using chartcore_test::WriteAll;
 
+// A plain file's attributes: none on Windows, FILE_ATTRIBUTE_NORMAL standing
+// for "none" in the Linux stand-ins.
+#if defined(_WIN32)
+constexpr DWORD kPlainFileAttributes = 0;
+#else
+constexpr DWORD kPlainFileAttributes = FILE_ATTRIBUTE_NORMAL;
+#endif
+
 TEST(FileSystemCalls, CRuntimeFolderAndFileCalls) {
   TempFolder dir;
   const CString logic = dir.Path(L"Logic");
@@ -32,8 +40,11 @@ TEST(FileSystemCalls, CRuntimeFolderAndFileCalls) {
   const CString file = dir.Path(L"f.dat");
   EXPECT_EQ(_waccess(file, 0), 0);
   EXPECT_EQ(_waccess(file, 6), 0);
+#if !defined(_WIN32)
+  // The newer runtime refuses the execute bit; msvcrt ignores it.
   EXPECT_EQ(_waccess(file, 1), -1);  // execute is no Windows mode
   EXPECT_EQ(errno, EINVAL);
+#endif
   chmod(dir.Native("f.dat").c_str(), 0444);
   EXPECT_EQ(_waccess(file, 4), 0);
   EXPECT_EQ(_waccess(file, 2), -1);  // read-only, whoever asks
@@ -44,7 +55,9 @@ TEST(FileSystemCalls, CRuntimeFolderAndFileCalls) {
 
   WriteAll(dir.Native("g.dat"), "g");
   EXPECT_EQ(_wrename(file, dir.Path(L"g.dat")), -1);  // never replaces
-  EXPECT_EQ(errno, EACCES);
+#if !defined(_WIN32)
+  EXPECT_EQ(errno, EACCES);  // as documented; msvcrt itself reports EEXIST
+#endif
   EXPECT_EQ(_wrename(file, dir.Path(L"h.dat")), 0);
   EXPECT_EQ(ReadAll(dir.Native("h.dat")), "abc");
   EXPECT_EQ(_wremove(logic), -1);  // folders are not removed as files
@@ -61,7 +74,9 @@ TEST(FileSystemCalls, Win32CallsAndLastError) {
   TempFolder dir;
   const CString save = dir.Path(L"Save");
   EXPECT_TRUE(CreateDirectoryW(save, nullptr));
-  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS));
+#if !defined(_WIN32)
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS));  // the system leaves it as it was
+#endif
   EXPECT_FALSE(CreateDirectoryW(save, nullptr));
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
   EXPECT_FALSE(CreateDirectoryW(dir.Path(L"x\\y"), nullptr));
@@ -87,14 +102,18 @@ TEST(FileSystemCalls, Win32CallsAndLastError) {
 
   // Attributes: read-only is the absence of write bits; the flag copies.
   EXPECT_EQ(GetFileAttributesW(save), static_cast<DWORD>(FILE_ATTRIBUTE_DIRECTORY));
-  EXPECT_EQ(GetFileAttributesW(a), static_cast<DWORD>(FILE_ATTRIBUTE_NORMAL));
+  // Windows marks every new file for archiving; Linux has no such bit.
+  EXPECT_EQ(GetFileAttributesW(a) & ~FILE_ATTRIBUTE_ARCHIVE,
+            static_cast<DWORD>(kPlainFileAttributes));
   EXPECT_EQ(GetFileAttributesW(dir.Path(L"none")), INVALID_FILE_ATTRIBUTES);
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
   EXPECT_TRUE(SetFileAttributesW(a, FILE_ATTRIBUTE_READONLY));
-  EXPECT_EQ(GetFileAttributesW(a), static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
+  EXPECT_EQ(GetFileAttributesW(a) & ~FILE_ATTRIBUTE_ARCHIVE, static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
   EXPECT_FALSE(DeleteFileW(a));  // read-only files are not deleted
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
-  EXPECT_FALSE(CopyFileW(b, a, FALSE));  // nor replaced
+#if !defined(_WIN32)
+  EXPECT_FALSE(CopyFileW(b, a, FALSE));  // nor replaced (Wine's CopyFileW does replace it)
+#endif
   EXPECT_TRUE(CopyFileW(a, save + L"\\c.dat", TRUE));
   EXPECT_EQ(GetFileAttributesW(save + L"\\c.dat") & FILE_ATTRIBUTE_READONLY, static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
   EXPECT_TRUE(SetFileAttributesW(a, FILE_ATTRIBUTE_NORMAL));
@@ -102,7 +121,8 @@ TEST(FileSystemCalls, Win32CallsAndLastError) {
   EXPECT_TRUE(DeleteFileW(save + L"\\c.dat"));
   EXPECT_FALSE(DeleteFileW(save));  // nor folders
   WriteAll(dir.Native(".config"), "");
-  EXPECT_EQ(GetFileAttributesW(dir.Path(L".config")), static_cast<DWORD>(FILE_ATTRIBUTE_HIDDEN));
+  EXPECT_EQ(GetFileAttributesW(dir.Path(L".config")) & ~FILE_ATTRIBUTE_ARCHIVE,
+            static_cast<DWORD>(FILE_ATTRIBUTE_HIDDEN));
 
   // Moving never replaces unless asked to.
   EXPECT_FALSE(MoveFileW(a, b));
@@ -122,6 +142,9 @@ TEST(FileSystemCalls, Win32CallsAndLastError) {
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
 }
 
+#if !defined(_WIN32)
+// On Windows these calls are the system's, which knows nothing of the
+// injector.
 TEST(FileSystemCalls, InjectedRenameFailureLeavesBothNames) {
   TempFolder dir;
   WriteAll(dir.Native("from.dat"), "x");
@@ -135,3 +158,4 @@ TEST(FileSystemCalls, InjectedRenameFailureLeavesBothNames) {
   EXPECT_EQ(ReadAll(dir.Native("from.dat")), "x");
   EXPECT_EQ(GetFileAttributesW(dir.Path(L"to.dat")), INVALID_FILE_ATTRIBUTES);
 }
+#endif  // !_WIN32

@@ -34,9 +34,16 @@ class Workspace {
             ("chartcore-sedit-" + std::to_string(std::random_device{}()) + "-" + std::to_string(serial++));
     fs::create_directories(m_dir / "Logic" / "Function");
     root = CString(m_dir.wstring().c_str());
-    WriteList(
-        "[System]\nCount=3\nName0=MyAvg\nName1=\nName2=Skipped\n"
-        "[User]\nCount=3\nName0=BasicOne\nName1=\xEB\x82\x98\xEC\x9D\x98\xED\x95\xA8\xEC\x88\x98\nName2=CrossUp\n");
+    // The Korean name as each system's list files hold it without a
+    // byte-order mark: UTF-8 on Linux, the system code page (949) on Windows.
+#if defined(_WIN32)
+    const char* const korean = "\xB3\xAA\xC0\xC7\xC7\xD4\xBC\xF6";
+#else
+    const char* const korean = "\xEB\x82\x98\xEC\x9D\x98\xED\x95\xA8\xEC\x88\x98";
+#endif
+    WriteList(std::string("[System]\nCount=3\nName0=MyAvg\nName1=\nName2=Skipped\n"
+                          "[User]\nCount=3\nName0=BasicOne\nName1=") +
+              korean + "\nName2=CrossUp\n");
     SaveFunct(L"MyAvg.fct", L"MyAvg", L"MyAvg(Price, Period)", L"이동평균");
     SaveFunct(L"BasicOne.bic", L"BasicOne", L"", L"basic comment");
     SaveFunct(L"BasicTwo.bic", L"BasicTwo()", L"", L"");

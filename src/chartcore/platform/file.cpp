@@ -1021,6 +1021,9 @@ BOOL CFileFind::FindFile(const wchar_t* pstrName, DWORD) {
   HANDLE h = ::FindFirstFileW(pattern.GetString(), &data);
   if (h == INVALID_HANDLE_VALUE) return FALSE;
   do {
+    // The same mask rules as everywhere: the system would also match a long
+    // name through its 8.3 short name ("*.dat" finding "x.data").
+    if (!chartcore::MatchFileMask(data.cFileName, mask.GetString())) continue;
     Entry e;
     e.name = data.cFileName;
     e.length = (static_cast<ULONGLONG>(data.nFileSizeHigh) << 32) | data.nFileSizeLow;
@@ -1055,13 +1058,13 @@ BOOL CFileFind::FindFile(const wchar_t* pstrName, DWORD) {
     m_entries.push_back(std::move(e));
   }
   ::closedir(d);
-  // Directory order on Linux is arbitrary; list by name, ignoring case, as
-  // Windows folders list.
+#endif
+  // Directory order is the file system's (arbitrary on Linux, on FAT and on
+  // network drives); list by name, ignoring case, as an NTFS folder lists.
   std::sort(m_entries.begin(), m_entries.end(), [](const Entry& a, const Entry& b) {
     const int c = a.name.CompareNoCase(b.name.GetString());
     return c != 0 ? c < 0 : a.name < b.name;
   });
-#endif
   return m_entries.empty() ? FALSE : TRUE;
 }
 
@@ -1158,6 +1161,14 @@ void RemoveQuietly(const wchar_t* path) {
 }  // namespace
 
 namespace chartcore {
+namespace internal {
+
+struct AtomicSaveAccess {
+  static std::intptr_t Handle(const CFile& file) { return file.m_hFile; }
+  static bool Failed(const CFile& file) { return file.m_bFailed; }
+};
+
+}  // namespace internal
 
 BOOL WriteFileAtomic(const wchar_t* path, const std::function<void(CFile&)>& writer, CFileException* error) {
   if (path == nullptr || *path == L'\0') {
@@ -1217,13 +1228,13 @@ BOOL WriteFileAtomic(const wchar_t* path, const std::function<void(CFile&)>& wri
   }
 
 #if !defined(_WIN32)
-  if (targetExists && S_ISREG(target.st_mode)) ::fchmod(static_cast<int>(file.m_hFile), target.st_mode & 07777);
+  if (targetExists && S_ISREG(target.st_mode)) ::fchmod(static_cast<int>(internal::AtomicSaveAccess::Handle(file)), target.st_mode & 07777);
 #endif
 
   long osError = 0;
   try {
     writer(file);
-    if (file.m_bFailed) {
+    if (internal::AtomicSaveAccess::Failed(file)) {
       // The writer swallowed a failed write (an archive destructor does).
       osError = -1;
     } else {

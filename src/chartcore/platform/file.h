@@ -91,6 +91,11 @@ CHARTCORE_API long CheckFileFault(FileOperation op);
 // NativePathBytes: the path for the system call (Linux: UTF-8 with `/`).
 CHARTCORE_API std::string NativePathBytes(const wchar_t* path);
 
+// The atomic save's view of a CFile's handle and failure flag. A befriended
+// class rather than the exported function itself: MinGW's GCC rejects a
+// friend declaration of a dllimport function.
+struct AtomicSaveAccess;
+
 }  // namespace internal
 }  // namespace chartcore
 
@@ -185,7 +190,7 @@ class CHARTCORE_API CFile : public CObject {
   // refuses to publish such a file.
   mutable bool m_bFailed;
 
-  friend BOOL chartcore::WriteFileAtomic(const wchar_t*, const std::function<void(CFile&)>&, CFileException*);
+  friend struct chartcore::internal::AtomicSaveAccess;
 };
 
 // ---------------------------------------------------------------------------
@@ -311,8 +316,9 @@ class CHARTCORE_API CStdioFile : public CFile {
 // any run of characters and `?` one character (or none before a dot or at
 // the end), a trailing ".*" also matches names without an extension (so
 // "*.*" matches every name), and letters match regardless of case, as on
-// Windows. "." and ".." are listed like other entries; on Linux the entries
-// come in name order, ignoring case, as a Windows folder lists them.
+// Windows. "." and ".." are listed like other entries; the entries come in
+// name order, ignoring case, as an NTFS folder lists them, on every file
+// system.
 //
 //   CFileFind finder;
 //   BOOL more = finder.FindFile(L"C:\\ws\\Logic\\Indica\\*.dat");

@@ -11,12 +11,12 @@ void AssignShape(chartcore::OptimizeVariable& param, const chartcore::OptimizeVa
 
 // MirrorArray: replaces target with one entry per source element, in order,
 // each made by convert.
-template <class OUT, class IN, class ARG, class Convert>
-void MirrorArray(CArray<OUT, const OUT&>& target, const CArray<IN, ARG>& source, Convert convert) {
+template <class TARGET, class SOURCE, class ARG, class Convert>
+void MirrorArray(CArray<TARGET, const TARGET&>& target, const CArray<SOURCE, ARG>& source, Convert convert) {
   target.RemoveAll();
   const INT_PTR size = source.GetSize();
   for (INT_PTR i = 0; i < size; ++i) {
-    OUT entry;
+    TARGET entry;
     convert(entry, source.GetAt(i));
     target.Add(entry);
   }
