@@ -36,14 +36,6 @@ int CDBSubBase::SerializeHeader(CArchive& ar) {
   return gate;
 }
 
-void CDBSubBase::CopyHeader(const CDBSubBase& source) {
-  m_nVersion = source.m_nVersion;
-  m_strText1 = source.m_strText1;
-  m_nFlag = source.m_nFlag;
-  m_dValue = source.m_dValue;
-  m_strText2 = source.m_strText2;
-}
-
 namespace chartcore {
 namespace internal {
 

@@ -88,8 +88,8 @@ class CHARTCORE_API CDBSubBase : public CObject {
  public:
   ~CDBSubBase() override;
 
+  // Records are not copied as objects; CopyDataBase copies their data.
   CDBSubBase(const CDBSubBase&) = delete;
-  CDBSubBase& operator=(const CDBSubBase&) = delete;
 
   // The header, in archive order. m_nVersion is the current format version
   // of the record's class; loading never changes it, so a record read from
@@ -113,8 +113,9 @@ class CHARTCORE_API CDBSubBase : public CObject {
   // m_nVersion keeps the current version.
   int SerializeHeader(CArchive& ar);
 
-  // CopyHeader: copies the five header fields, m_nVersion included.
-  void CopyHeader(const CDBSubBase& source);
+  // Copies the five header fields, m_nVersion included: the base of each
+  // record's member-wise copy, which its CopyDataBase is made of.
+  CDBSubBase& operator=(const CDBSubBase& source) = default;
 };
 
 // ---------------------------------------------------------------------------
@@ -191,14 +192,6 @@ void ExchangeArray(CArchive& ar, CArray<ELM, ARG>& array, ExchangeElement exchan
   int count = 0;
   ar >> count;
   for (int i = 0; i < count; ++i) exchangeElement(ar, array.ElementAt(array.Add(ELM())));
-}
-
-// CopyArray: empties target and appends a copy of every source element in
-// order (the copy rule of CopyDataBase).
-template <class ELM, class ARG>
-void CopyArray(CArray<ELM, ARG>& target, const CArray<ELM, ARG>& source) {
-  target.RemoveAll();
-  target.Append(source);
 }
 
 // Exchange of the two variable shapes, field by field in archive order.

@@ -16,9 +16,5 @@ void CDBSubFUNCT::Serialize(CArchive& ar) {
 }
 
 void CDBSubFUNCT::CopyDataBase(const CDBSubFUNCT* pSource) {
-  if (pSource == nullptr || pSource == this) return;
-  CopyHeader(*pSource);
-  nU01 = pSource->nU01;
-  m_strText3 = pSource->m_strText3;
-  m_strText4 = pSource->m_strText4;
+  if (pSource != nullptr && pSource != this) *this = *pSource;
 }

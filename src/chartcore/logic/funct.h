@@ -38,6 +38,10 @@ class CHARTCORE_API CDBSubFUNCT : public CDBSubBase {
   int nU01 = 0;
   CString m_strText3;
   CString m_strText4;
+
+ private:
+  // The member-wise copy CopyDataBase is made of.
+  CDBSubFUNCT& operator=(const CDBSubFUNCT&) = default;
 };
 
 #endif  // CHARTCORE_LOGIC_FUNCT_H_

@@ -87,39 +87,5 @@ void CDBSubINDICA::Serialize(CArchive& ar) {
 }
 
 void CDBSubINDICA::CopyDataBase(const CDBSubINDICA* pSource) {
-  if (pSource == nullptr || pSource == this) return;
-  const CDBSubINDICA& s = *pSource;
-  CopyHeader(s);
-  nA01 = s.nA01;
-  nA02 = s.nA02;
-  nA03 = s.nA03;
-  nA04 = s.nA04;
-  nA05 = s.nA05;
-  nA06 = s.nA06;
-  nA07 = s.nA07;
-  clrA08 = s.clrA08;
-  clrA09 = s.clrA09;
-  nA10 = s.nA10;
-  nA11 = s.nA11;
-  nA12 = s.nA12;
-  m_strText3 = s.m_strText3;
-  chartcore::internal::CopyArray(m_arrElement, s.m_arrElement);
-  nB01 = s.nB01;
-  nB02 = s.nB02;
-  nB03 = s.nB03;
-  nB04 = s.nB04;
-  nB05 = s.nB05;
-  nB06 = s.nB06;
-  nB07 = s.nB07;
-  clrB08 = s.clrB08;
-  clrB09 = s.clrB09;
-  nB10 = s.nB10;
-  clrB11 = s.clrB11;
-  clrB12 = s.clrB12;
-  nB13 = s.nB13;
-  nB14 = s.nB14;
-  nB15 = s.nB15;
-  chartcore::internal::CopyArray(m_arrVariable, s.m_arrVariable);
-  chartcore::internal::CopyArray(m_arrBase, s.m_arrBase);
-  nTail = s.nTail;
+  if (pSource != nullptr && pSource != this) *this = *pSource;
 }

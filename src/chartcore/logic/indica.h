@@ -124,6 +124,10 @@ class CHARTCORE_API CDBSubINDICA : public CDBSubBase {
   CArray<CDBSubINDICA_VAR, CDBSubINDICA_VAR> m_arrVariable;
   CArray<CDBSubINDICA_BASE, CDBSubINDICA_BASE> m_arrBase;
   int nTail = 0;
+
+ private:
+  // The member-wise copy CopyDataBase is made of.
+  CDBSubINDICA& operator=(const CDBSubINDICA&) = default;
 };
 
 #endif  // CHARTCORE_LOGIC_INDICA_H_

@@ -1,6 +1,5 @@
 #include "chartcore/logic/optimize.h"
 
-using chartcore::internal::CopyArray;
 using chartcore::internal::Exchange;
 using chartcore::internal::ExchangeIfPresent;
 
@@ -41,19 +40,6 @@ void CDBSubOPTIMIZE::Serialize(CArchive& ar) {
 
 void CDBSubOPTIMIZE::CopyDataBase(const CDBSubOPTIMIZE* pSource) {
   if (pSource == nullptr || pSource == this) return;
-  const CDBSubOPTIMIZE& s = *pSource;
-  CopyHeader(s);
-  nO01 = s.nO01;
-  nO02 = s.nO02;
-  nO03 = s.nO03;
-  nO04 = s.nO04;
-  clrO05 = s.clrO05;
-  clrO06 = s.clrO06;
-  nO07 = s.nO07;
-  nO08 = s.nO08;
+  *this = *pSource;
   nO09 = 0;  // a copy never inherits this setting
-  m_strText3 = s.m_strText3;
-  CopyArray(m_arrElement, s.m_arrElement);
-  CopyArray(m_arrVariable, s.m_arrVariable);
-  nTail = s.nTail;
 }

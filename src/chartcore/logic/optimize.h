@@ -77,6 +77,10 @@ class CHARTCORE_API CDBSubOPTIMIZE : public CDBSubBase {
   CArray<CDBSubOPTIMIZE_ELM, CDBSubOPTIMIZE_ELM> m_arrElement;
   CArray<CDBSubOPTIMIZE_VAR, CDBSubOPTIMIZE_VAR> m_arrVariable;
   int nTail = -1;
+
+ private:
+  // The member-wise copy CopyDataBase is made of.
+  CDBSubOPTIMIZE& operator=(const CDBSubOPTIMIZE&) = default;
 };
 
 #endif  // CHARTCORE_LOGIC_OPTIMIZE_H_

@@ -1,6 +1,7 @@
 #include "chartcore/logic/pattern.h"
 
-using chartcore::internal::CopyArray;
+#include <utility>
+
 using chartcore::internal::Exchange;
 using chartcore::internal::ExchangeArray;
 using chartcore::internal::ExchangeIfPresent;
@@ -46,23 +47,9 @@ void CDBSubPATTERN::Serialize(CArchive& ar) {
 
 void CDBSubPATTERN::CopyDataBase(const CDBSubPATTERN* pSource) {
   if (pSource == nullptr || pSource == this) return;
-  const CDBSubPATTERN& s = *pSource;
-  CopyHeader(s);
-  nP01 = s.nP01;
-  nP02 = s.nP02;
-  nP03 = s.nP03;
-  nP04 = s.nP04;
-  nP05 = s.nP05;
-  nP06 = s.nP06;
-  nP07 = s.nP07;
-  nP08 = s.nP08;
-  nP09 = s.nP09;
-  nP10 = s.nP10;
-  m_strText3 = s.m_strText3;
-  m_strText4 = s.m_strText4;
-  CopyArray(m_arrBong, s.m_arrBong);
-  CopyArray(m_arrLine, s.m_arrLine);
   // The variables stay this record's own: a pattern copy takes the shape of
   // the candles, not the values the user gave the variables.
-  nTail = s.nTail;
+  CArray<CDBSubPATTERN_VAR, CDBSubPATTERN_VAR> own(std::move(m_arrVariable));
+  *this = *pSource;
+  m_arrVariable = std::move(own);
 }

@@ -82,6 +82,10 @@ class CHARTCORE_API CDBSubPATTERN : public CDBSubBase {
   CArray<CDBSubPATTERN_LINE, CDBSubPATTERN_LINE> m_arrLine;
   CArray<CDBSubPATTERN_VAR, CDBSubPATTERN_VAR> m_arrVariable;
   int nTail = 0;
+
+ private:
+  // The member-wise copy CopyDataBase is made of.
+  CDBSubPATTERN& operator=(const CDBSubPATTERN&) = default;
 };
 
 #endif  // CHARTCORE_LOGIC_PATTERN_H_

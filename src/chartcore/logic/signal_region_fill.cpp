@@ -1,6 +1,5 @@
 #include "chartcore/logic/signal_region_fill.h"
 
-using chartcore::internal::CopyArray;
 using chartcore::internal::Exchange;
 using chartcore::internal::ExchangeSince;
 using chartcore::internal::ExchangeVariables;
@@ -32,19 +31,7 @@ void CDBSubSIGNAL::Serialize(CArchive& ar) {
 }
 
 void CDBSubSIGNAL::CopyDataBase(const CDBSubSIGNAL* pSource) {
-  if (pSource == nullptr || pSource == this) return;
-  const CDBSubSIGNAL& s = *pSource;
-  CopyHeader(s);
-  nS01 = s.nS01;
-  nS02 = s.nS02;
-  nS03 = s.nS03;
-  clrS04 = s.clrS04;
-  nS05 = s.nS05;
-  nS06 = s.nS06;
-  m_strText3 = s.m_strText3;
-  m_strText4 = s.m_strText4;
-  CopyArray(m_arrVariable, s.m_arrVariable);
-  nTail = s.nTail;
+  if (pSource != nullptr && pSource != this) *this = *pSource;
 }
 
 // ---------------------------------------------------------------------------
@@ -72,21 +59,7 @@ void CDBSubREGION::Serialize(CArchive& ar) {
 }
 
 void CDBSubREGION::CopyDataBase(const CDBSubREGION* pSource) {
-  if (pSource == nullptr || pSource == this) return;
-  const CDBSubREGION& s = *pSource;
-  CopyHeader(s);
-  nR01 = s.nR01;
-  nR02 = s.nR02;
-  nR03 = s.nR03;
-  clrR04 = s.clrR04;
-  nR05 = s.nR05;
-  nR06 = s.nR06;
-  nR07 = s.nR07;
-  nR08 = s.nR08;
-  m_strText3 = s.m_strText3;
-  m_strText4 = s.m_strText4;
-  CopyArray(m_arrVariable, s.m_arrVariable);
-  nTail = s.nTail;
+  if (pSource != nullptr && pSource != this) *this = *pSource;
 }
 
 // ---------------------------------------------------------------------------
@@ -116,21 +89,5 @@ void CDBSubFILL::Serialize(CArchive& ar) {
 }
 
 void CDBSubFILL::CopyDataBase(const CDBSubFILL* pSource) {
-  if (pSource == nullptr || pSource == this) return;
-  const CDBSubFILL& s = *pSource;
-  CopyHeader(s);
-  nF01 = s.nF01;
-  nF02 = s.nF02;
-  nF03 = s.nF03;
-  nF04 = s.nF04;
-  nF05 = s.nF05;
-  clrF06 = s.clrF06;
-  nF07 = s.nF07;
-  nF08 = s.nF08;
-  nF09 = s.nF09;
-  m_strText3 = s.m_strText3;
-  m_strText4 = s.m_strText4;
-  m_strText5 = s.m_strText5;
-  CopyArray(m_arrVariable, s.m_arrVariable);
-  nTail = s.nTail;
+  if (pSource != nullptr && pSource != this) *this = *pSource;
 }

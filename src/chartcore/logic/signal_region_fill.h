@@ -65,6 +65,10 @@ class CHARTCORE_API CDBSubSIGNAL : public CDBSubBase {
   CString m_strText4;
   CArray<CDBSubSIGNAL_VAR, CDBSubSIGNAL_VAR> m_arrVariable;
   int nTail = -1;
+
+ private:
+  // The member-wise copy CopyDataBase is made of.
+  CDBSubSIGNAL& operator=(const CDBSubSIGNAL&) = default;
 };
 
 // ---------------------------------------------------------------------------
@@ -104,6 +108,10 @@ class CHARTCORE_API CDBSubREGION : public CDBSubBase {
   CString m_strText4;
   CArray<CDBSubREGION_VAR, CDBSubREGION_VAR> m_arrVariable;
   int nTail = -1;
+
+ private:
+  // The member-wise copy CopyDataBase is made of.
+  CDBSubREGION& operator=(const CDBSubREGION&) = default;
 };
 
 // ---------------------------------------------------------------------------
@@ -147,6 +155,10 @@ class CHARTCORE_API CDBSubFILL : public CDBSubBase {
   CString m_strText5;
   CArray<CDBSubFILL_VAR, CDBSubFILL_VAR> m_arrVariable;
   int nTail = -1;
+
+ private:
+  // The member-wise copy CopyDataBase is made of.
+  CDBSubFILL& operator=(const CDBSubFILL&) = default;
 };
 
 #endif  // CHARTCORE_LOGIC_SIGNAL_REGION_FILL_H_
