@@ -116,8 +116,8 @@ CCrystalTextBuffer::~CCrystalTextBuffer() {
 }
 
 void CCrystalTextBuffer::ResetDocument(std::vector<SLineInfo>&& lines) {
-  m_aLines = std::move(lines);
-  if (m_aLines.empty()) m_aLines.emplace_back();
+  m_aLines.assign(std::move(lines));
+  if (m_aLines.empty()) m_aLines.push_back(SLineInfo());
   m_aUndoBuf.clear();
   m_bInit = TRUE;
   m_bReadOnly = FALSE;
@@ -138,7 +138,7 @@ BOOL CCrystalTextBuffer::InitNew(int nCrlfStyle) {
 }
 
 void CCrystalTextBuffer::FreeAll() {
-  std::vector<SLineInfo>().swap(m_aLines);
+  m_aLines.clear();
   std::vector<SUndoRecord>().swap(m_aUndoBuf);
   m_nUndoPosition = 0;
   m_nSyncPosition = 0;
@@ -309,9 +309,9 @@ BOOL CCrystalTextBuffer::InternalInsertText(CCrystalTextWnd* pSource, int nLine,
     nEndLine = nLine + static_cast<int>(added);
     nEndChar = static_cast<int>(fresh.back().m_text.size());
     fresh.back().m_text += tail;
-    // One block move of the line records, however many lines arrive.
-    m_aLines.insert(m_aLines.begin() + nLine + 1, std::make_move_iterator(fresh.begin()),
-                    std::make_move_iterator(fresh.end()));
+    // The new line records go in after the edited line; only the records of
+    // one block move, however long the file.
+    m_aLines.insert(static_cast<size_t>(nLine) + 1, std::move(fresh));
   }
   CInsertContext context(CPoint(nPos, nLine), CPoint(nEndChar, nEndLine));
   DWORD flags = nEndLine == nLine ? (UPDATE_SINGLELINE | UPDATE_HORZRANGE) : (UPDATE_HORZRANGE | UPDATE_VERTRANGE);
@@ -339,7 +339,7 @@ BOOL CCrystalTextBuffer::InternalDeleteText(CCrystalTextWnd* pSource, int nStart
     std::wstring rest = m_aLines[static_cast<size_t>(nEndLine)].m_text.substr(static_cast<size_t>(nEndChar));
     first.erase(static_cast<size_t>(nStartChar));
     first += rest;
-    m_aLines.erase(m_aLines.begin() + nStartLine + 1, m_aLines.begin() + nEndLine + 1);
+    m_aLines.erase(static_cast<size_t>(nStartLine) + 1, static_cast<size_t>(nEndLine) + 1);
   }
   CDeleteContext context(CPoint(nStartChar, nStartLine), CPoint(nEndChar, nEndLine));
   DWORD flags =

@@ -22,6 +22,7 @@
 
 #include "chartcore/platform/cstring.h"
 #include "chartcore/platform/types.h"
+#include "chartcore/script_editor/block_list.h"
 
 class CCrystalTextWnd;
 
@@ -329,7 +330,9 @@ class CHARTCORE_API CCrystalTextBuffer {
   const wchar_t* LineEnd(int nCrlfStyle) const;
   BOOL ApplyRecord(const SUndoRecord& rec, bool forward, CPoint& ptCursor);
 
-  std::vector<SLineInfo> m_aLines;
+  // In blocks, so an Enter in the middle of a long file moves one block of
+  // line records, not half the file.
+  chartcore::internal::BlockList<SLineInfo> m_aLines;
   std::vector<CCrystalTextWnd*> m_lpViews;
   std::vector<SUndoRecord> m_aUndoBuf;
   BOOL m_bInit = FALSE;

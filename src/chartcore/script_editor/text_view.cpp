@@ -173,9 +173,9 @@ void CCrystalTextWnd::AdjustCookiesForChange(int nLine, int nLineDelta) {
   // edited line lands on the line that now ends with its old tail; a deletion
   // removes the entries of the lines merged away, keeping the last one's.
   if (nLineDelta > 0 && nLine <= static_cast<int>(m_aParseCookies.size())) {
-    m_aParseCookies.insert(m_aParseCookies.begin() + nLine, static_cast<size_t>(nLineDelta), 0);
+    m_aParseCookies.insert(static_cast<size_t>(nLine), static_cast<size_t>(nLineDelta), 0);
   } else if (nLineDelta < 0 && nLine - nLineDelta <= static_cast<int>(m_aParseCookies.size())) {
-    m_aParseCookies.erase(m_aParseCookies.begin() + nLine, m_aParseCookies.begin() + nLine - nLineDelta);
+    m_aParseCookies.erase(static_cast<size_t>(nLine), static_cast<size_t>(nLine - nLineDelta));
   }
   if (static_cast<int>(m_aParseCookies.size()) != count) {
     // The cache did not follow the buffer (it was never sized): start over

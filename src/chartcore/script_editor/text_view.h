@@ -304,7 +304,9 @@ class CHARTCORE_API CCrystalTextWnd : public CWnd {
   void UpdateSelectionFromAnchor();
   void NotifyScroll();
 
-  std::vector<DWORD> m_aParseCookies;  // end-of-line cookie per line
+  // End-of-line cookie per line, in blocks like the buffer's lines, so an
+  // Enter in a long file does not move every cookie below it.
+  chartcore::internal::BlockList<DWORD> m_aParseCookies;
   int m_nValidCookies = 0;             // leading entries that are exact
   int m_nTopLine = 0;
   int m_nOffsetX = 0;
