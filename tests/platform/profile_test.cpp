@@ -104,6 +104,11 @@ TEST_F(ProfileFiles, ReadsWithTheWindowsRules) {
   EXPECT_EQ(Get(L"System", L"Name0", f, L"", 4), L"Quo");
   EXPECT_EQ(Get(L"System", L"zz", f, L"abc   ", 10), L"abc");
   EXPECT_EQ(Get(L"System", L"zz", f, L"ab  cd", 4), L"ab");
+  EXPECT_EQ(Get(L"System", L"zz", f, L"ab\t ", 10), L"ab\t");  // blanks go, tabs stay
+  // A quoted value cut with its closing quote: 'single' in 7 keeps "singl".
+  EXPECT_EQ(Get(L"System", L"Name1", f, L"", 7), L"singl");
+  EXPECT_EQ(Get(L"System", L"Name1", f, L"", 8), L"single");
+  EXPECT_EQ(Get(L"System", L"Name1", f, L"", 6), L"singl");
   wchar_t one[1] = {L'x'};
   EXPECT_EQ(GetPrivateProfileStringW(L"System", L"Count", L"", one, 1, f.c_str()), 0u);
   EXPECT_EQ(one[0], L'\0');
@@ -120,7 +125,7 @@ TEST_F(ProfileFiles, IntegersLikeC) {
   EXPECT_EQ(GetPrivateProfileIntW(L"User", L"I3", 7, f.c_str()), 0u);  // present, no digits: 0
   EXPECT_EQ(GetPrivateProfileIntW(L"User", L"I4", 7, f.c_str()), 2u);  // 2^32 + 2 wraps to 2
   EXPECT_EQ(GetPrivateProfileIntW(L"User", L"I5", 7, f.c_str()), 0xFFFFFFFFu);
-  EXPECT_EQ(GetPrivateProfileIntW(L"User", L"I6", 7, f.c_str()), 8u);   // octal prefix
+  EXPECT_EQ(GetPrivateProfileIntW(L"User", L"I6", 7, f.c_str()), 10u);  // a leading zero is no octal
   EXPECT_EQ(GetPrivateProfileIntW(L"User", L"I7", 7, f.c_str()), 31u);  // quotes go first
   EXPECT_EQ(GetPrivateProfileIntW(L"User", L"I8", 7, f.c_str()), 0u);   // "0x" alone reads the 0
   EXPECT_EQ(GetPrivateProfileIntW(L"System", L"EMPTY", 7, f.c_str()), 7u);  // empty: default
@@ -132,9 +137,15 @@ TEST_F(ProfileFiles, ListsSectionAndKeyNames) {
   WriteBytes("rules.ini", kRules);
   const std::wstring f = PathOf("rules.ini");
   wchar_t buf[64];
-  // Each section once (the duplicate [system] is the same name), double-terminated.
-  EXPECT_EQ(GetPrivateProfileStringW(nullptr, nullptr, L"", buf, 64, f.c_str()), 12u);
-  EXPECT_EQ(std::wstring(buf, 13), std::wstring(L"System\0User\0", 12) + L'\0');
+  // Every section in file order, the duplicate [system] too, double-terminated.
+  EXPECT_EQ(GetPrivateProfileStringW(nullptr, nullptr, L"", buf, 64, f.c_str()), 19u);
+  EXPECT_EQ(std::wstring(buf, 20), std::wstring(L"System\0system\0User\0", 19) + L'\0');
+  // Keys in file order, duplicates too, but ";Count" is no listed name.
+  EXPECT_EQ(GetPrivateProfileStringW(L"System", nullptr, L"", buf, 64, f.c_str()), 46u);
+  EXPECT_EQ(std::wstring(buf, 47), std::wstring(L"Count\0Name0\0Name1\0Name2\0Name3\0v;x\0EMPTY\0name0\0", 46) + L'\0');
+  // The keys of a missing section: the default, as for a missing key.
+  EXPECT_EQ(GetPrivateProfileStringW(L"Nope", nullptr, L"dflt", buf, 64, f.c_str()), 4u);
+  EXPECT_EQ(std::wstring(buf), L"dflt");
   // Cut lists end with two terminators and return size-2.
   EXPECT_EQ(GetPrivateProfileStringW(nullptr, nullptr, L"", buf, 8, f.c_str()), 6u);
   EXPECT_EQ(std::wstring(buf, 8), std::wstring(L"System\0\0", 8));

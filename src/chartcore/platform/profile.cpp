@@ -94,6 +94,7 @@ struct Entry {
   std::wstring key;
   std::wstring value;
   size_t line;
+  bool quoted;  // the value lost a pair of quotes
 };
 
 struct Section {
@@ -187,8 +188,10 @@ void Classify(Profile& p) {
     if (current == none) continue;
     if (!t.empty()) p.sections[current].lastContent = i;
     if (eq != none) {
-      p.sections[current].entries.push_back(
-          Entry{TrimBlanks(t.substr(0, eq)), Unquote(TrimBlanks(t.substr(eq + 1))), i});
+      const std::wstring raw = TrimBlanks(t.substr(eq + 1));
+      std::wstring value = Unquote(raw);
+      const bool quoted = value.size() != raw.size();
+      p.sections[current].entries.push_back(Entry{TrimBlanks(t.substr(0, eq)), std::move(value), i, quoted});
     }
   }
   if (current != none) p.sections[current].end = p.lines.size();
@@ -308,11 +311,13 @@ DWORD CopyList(const std::vector<std::wstring>& names, LPWSTR out, DWORD size) {
   return size - 2;
 }
 
-void AddUniqueName(std::vector<std::wstring>& names, const std::wstring& name) {
-  for (const std::wstring& n : names) {
-    if (SameName(n, name)) return;
-  }
-  names.push_back(name);
+// A quoted value is copied as the system copies it: the closing quote still
+// counts against the buffer and is taken off after the copy, so a buffer of
+// exactly the value's length plus one loses the value's last character.
+DWORD CopyValue(const Entry& entry, LPWSTR out, DWORD size) {
+  if (entry.quoted && !entry.value.empty() && size - 1 == entry.value.size())
+    return CopyText(entry.value.substr(0, entry.value.size() - 1), out, size);
+  return CopyText(entry.value, out, size);
 }
 
 // ---------------------------------------------------------------------------
@@ -406,8 +411,10 @@ std::mutex& WriteMutex() {
   return m;
 }
 
-// GetPrivateProfileIntW's reading of a value: C integer syntax with a base
-// prefix, wrapping on overflow.
+// GetPrivateProfileIntW's reading of a value, as the system's integer
+// conversion reads it: a sign, then a base prefix 0x, 0o or 0b (lower case)
+// or decimal digits (leading zeros are no octal: "005930" is 5930), wrapping
+// on overflow.
 UINT ParseProfileInt(const std::wstring& s) {
   size_t i = 0;
   while (i < s.size() && IsBlank(s[i])) ++i;
@@ -420,11 +427,10 @@ UINT ParseProfileInt(const std::wstring& s) {
     if (c >= L'A' && c <= L'F') return c - L'A' + 10;
     return -1;
   };
-  if (i + 2 < s.size() && s[i] == L'0' && (s[i + 1] == L'x' || s[i + 1] == L'X') && hexDigit(s[i + 2]) >= 0) {
-    base = 16;
-    i += 2;
-  } else if (i < s.size() && s[i] == L'0') {
-    base = 8;
+  if (i + 1 < s.size() && s[i] == L'0') {
+    const wchar_t prefix = s[i + 1];
+    base = prefix == L'x' ? 16 : prefix == L'o' ? 8 : prefix == L'b' ? 2 : 10;
+    if (base != 10) i += 2;
   }
   UINT value = 0;
   for (; i < s.size(); ++i) {
@@ -447,24 +453,25 @@ DWORD GetPrivateProfileStringW(LPCWSTR app, LPCWSTR key, LPCWSTR def, LPWSTR out
     std::vector<std::wstring> names;
     if (profile) {
       for (const Section& s : profile->sections) {
-        if (s.header != std::wstring::npos) AddUniqueName(names, s.name);
+        if (s.header != std::wstring::npos) names.push_back(s.name);
       }
     }
     return CopyList(names, out, size);
   }
   const Section* section = profile ? profile->FindSection(TrimBlanks(app)) : nullptr;
-  if (!key) {
+  if (!key && section) {
     std::vector<std::wstring> names;
-    if (section) {
-      for (const Entry& e : section->entries) AddUniqueName(names, e.key);
+    // The system reads ";Count=9" as a key but leaves it out of the list.
+    for (const Entry& e : section->entries) {
+      if (e.key.empty() || e.key[0] != L';') names.push_back(e.key);
     }
     return CopyList(names, out, size);
   }
-  const Entry* entry = section ? FindEntry(*section, TrimBlanks(key)) : nullptr;
-  if (entry) return CopyText(entry->value, out, size);
+  const Entry* entry = section && key ? FindEntry(*section, TrimBlanks(key)) : nullptr;
+  if (entry) return CopyValue(*entry, out, size);
   std::wstring fallback = def ? def : L"";
   if (fallback.size() > size - 1) fallback.resize(size - 1);
-  while (!fallback.empty() && IsBlank(fallback.back())) fallback.pop_back();
+  while (!fallback.empty() && fallback.back() == L' ') fallback.pop_back();
   return CopyText(fallback, out, size);
 }
 

@@ -24,20 +24,25 @@
 
 // GetPrivateProfileStringW: copies the value of key in section app into out
 // (at most size-1 characters, then a terminator) and returns the number of
-// characters copied. When the file, the section or the key is missing, copies
-// def instead (null counts as ""), itself cut to size-1 characters with
-// trailing blanks removed. A key present with an empty value gives "".
-// With app null: the names of all sections, each terminated, the list ending
-// with one more terminator ("a\0b\0\0"); with key null: the key names of the
-// section the same way (each name once). The count returned for a list leaves
-// out the final terminator; a list that does not fit is cut, ends with two
-// terminators, and the result is size-2. A null out or a size of 0 returns 0.
+// characters copied. A quoted value is cut as the system cuts it, closing
+// quote included: a buffer of exactly its length plus one loses its last
+// character ("\"ab\"" in 3 gives "a"). When the file, the section or the key
+// is missing, copies def instead (null counts as ""), itself cut to size-1
+// characters with trailing blanks (not tabs) removed. A key present with an
+// empty value gives "". With app null: the names of all sections in file
+// order, duplicates included, each terminated, the list ending with one more
+// terminator ("a\0b\0\0"); with key null: the key names of the section the
+// same way (less those starting with ';'), or def when the section is missing. The count returned for a list
+// leaves out the final terminator; a list that does not fit is cut, ends with
+// two terminators, and the result is size-2. A null out or a size of 0
+// returns 0.
 CHARTCORE_API DWORD GetPrivateProfileStringW(LPCWSTR app, LPCWSTR key, LPCWSTR def, LPWSTR out, DWORD size,
                                              LPCWSTR file);
 
-// GetPrivateProfileIntW: the key's value read as a C integer with base prefix
-// (" 12abc" is 12, "0x10" 16, "010" 8, "+5" 5, "-1" 0xFFFFFFFF, "abc" 0;
-// overflow wraps to 32 bits). def when the key is missing or its value empty.
+// GetPrivateProfileIntW: the key's value read as an integer with a sign and a
+// base prefix 0x, 0o or 0b (" 12abc" is 12, "0x10" 16, "0b101" 5, "010" 10,
+// "005930" 5930, "+5" 5, "-1" 0xFFFFFFFF, "abc" 0; overflow wraps to 32
+// bits). def when the key is missing or its value empty.
 CHARTCORE_API UINT GetPrivateProfileIntW(LPCWSTR app, LPCWSTR key, INT def, LPCWSTR file);
 
 // WritePrivateProfileStringW: sets key=value in section app, replacing the
