@@ -30,6 +30,11 @@ namespace {
 // Caret width of a text view when it asks for none.
 constexpr int kMinCaretWidth = 1;
 
+// Paint events running now: a window asked to paint at once from inside
+// another's paint (UpdateWindow from a handler the paint set off) is painted
+// with the next cycle instead, as Qt cannot nest paints.
+int g_paintDepth = 0;
+
 // Counts a handler of the backend's widgets as running, so a window destroyed
 // from inside it is deleted later rather than under the handler's feet.
 class EventScope {
@@ -221,7 +226,7 @@ void QtWindowPort::Invalidate(const CRect* rect) {
 }
 
 void QtWindowPort::Update() {
-  if (!m_client || m_pPainter != nullptr || m_dirty.isEmpty() || !m_client->isVisible()) return;
+  if (!m_client || g_paintDepth > 0 || m_dirty.isEmpty() || !m_client->isVisible()) return;
   m_client->repaint(m_dirty);
 }
 
@@ -239,7 +244,9 @@ void QtWindowPort::Paint(QPainter& painter, const QRect& rect) {
   m_rcPaint = rect;
   m_dirty = QRegion();
   const std::shared_ptr<bool> alive = m_alive;
+  ++g_paintDepth;
   m_pOwner->SendMessage(WM_PAINT);
+  --g_paintDepth;
   if (!*alive) return;
   m_pPainter = nullptr;
   const QRect caret = CaretRect();

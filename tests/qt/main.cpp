@@ -7,7 +7,21 @@
 
 #include "chartcore_qt/qt_backend.h"
 
+namespace {
+
+// The offscreen platform says what it cannot do (raise, opacity) on every
+// popup shown; those notes are dropped, everything else is printed.
+QtMessageHandler g_defaultHandler = nullptr;
+
+void FilterNotes(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+  if (type == QtWarningMsg && message.startsWith(QLatin1String("This plugin does not support"))) return;
+  if (g_defaultHandler != nullptr) g_defaultHandler(type, context, message);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+  g_defaultHandler = qInstallMessageHandler(FilterNotes);
   if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication app(argc, argv);
   QApplication::setCursorFlashTime(0);
