@@ -1,6 +1,7 @@
 #include "chartcore/logic/indica.h"
 
 #include <climits>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -151,21 +152,18 @@ TEST(IndicaVersions, EachGateReadsKeepsOrResetsAndComparesUnsigned) {
     EXPECT_EQ(r.clrA08, v >= 5 ? 0x080808u : 0xA08u);
     EXPECT_EQ(r.clrA09, v >= 5 ? 0x090909u : 0xA09u);
     EXPECT_EQ(r.nA12, v >= 6 ? 22 : -712);
-    // Reset to the old-file values when absent, even on a used record.
-    EXPECT_EQ(r.nB10, v >= 3 ? 210 : 0);
-    EXPECT_EQ(r.clrB11, v >= 3 ? 0x211u : 0x00FF0000u);
-    EXPECT_EQ(r.clrB12, v >= 3 ? 0x212u : 0x000000FFu);
-    EXPECT_EQ(r.nB14, v >= 3 ? 214 : 1);
-    EXPECT_EQ(r.nB15, v >= 3 ? 215 : 0);
+    // Reset to the old-file values when absent, even on a used record: the
+    // version 3 group of the record and of each element reads 0, blue, red,
+    // 1, 0 from older files; the version 7 field reads 0.
+    const auto group = [v](int n, COLORREF up, COLORREF down, int flag, int last) {
+      return v >= 3 ? std::make_tuple(n, up, down, flag, last) : std::make_tuple(0, COLORREF{0x00FF0000}, COLORREF{0x000000FF}, 1, 0);
+    };
+    EXPECT_EQ(std::make_tuple(r.nB10, r.clrB11, r.clrB12, r.nB14, r.nB15), group(210, 0x211, 0x212, 214, 215));
     EXPECT_EQ(r.nB13, v >= 7 ? 213 : 0);
     ASSERT_EQ(r.m_arrElement.GetSize(), 2);
     for (const CDBSubINDICA_ELM& e : r.m_arrElement) {
       EXPECT_EQ(e.strE11, L"e11");
-      EXPECT_EQ(e.nE07, v >= 3 ? 107 : 0);
-      EXPECT_EQ(e.clrE08, v >= 3 ? 0x108u : 0x00FF0000u);
-      EXPECT_EQ(e.clrE09, v >= 3 ? 0x109u : 0x000000FFu);
-      EXPECT_EQ(e.nE12, v >= 3 ? 112 : 1);
-      EXPECT_EQ(e.nE13, v >= 3 ? 113 : 0);
+      EXPECT_EQ(std::make_tuple(e.nE07, e.clrE08, e.clrE09, e.nE12, e.nE13), group(107, 0x108, 0x109, 112, 113));
       EXPECT_EQ(e.nE10, v >= 7 ? 110 : 0);
     }
     EXPECT_EQ(r.m_arrVariable.GetSize() + r.m_arrBase.GetSize(), 5);
