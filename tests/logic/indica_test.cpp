@@ -156,7 +156,8 @@ TEST(IndicaVersions, EachGateReadsKeepsOrResetsAndComparesUnsigned) {
     // version 3 group of the record and of each element reads 0, blue, red,
     // 1, 0 from older files; the version 7 field reads 0.
     const auto group = [v](int n, COLORREF up, COLORREF down, int flag, int last) {
-      return v >= 3 ? std::make_tuple(n, up, down, flag, last) : std::make_tuple(0, COLORREF{0x00FF0000}, COLORREF{0x000000FF}, 1, 0);
+      const auto old = std::make_tuple(0, COLORREF{0x00FF0000}, COLORREF{0x000000FF}, 1, 0);
+      return v >= 3 ? std::make_tuple(n, up, down, flag, last) : old;
     };
     EXPECT_EQ(std::make_tuple(r.nB10, r.clrB11, r.clrB12, r.nB14, r.nB15), group(210, 0x211, 0x212, 214, 215));
     EXPECT_EQ(r.nB13, v >= 7 ? 213 : 0);
