@@ -1,13 +1,15 @@
+// chartcore: the command-line tool of the chartcore library.
 #include <cstdio>
-#include <cstring>
+#include <iostream>
 
-#include "chartcore/chartcore.h"
+#include "terminal.h"
+#include "tool.h"
 
 int main(int argc, char** argv) {
-  if (argc > 1 && std::strcmp(argv[1], "--version") == 0) {
-    std::printf("chartcore %s\n", chartcore::GetLibraryVersion());
-    return 0;
-  }
-  std::printf("chartcore %s\n", chartcore::GetLibraryVersion());
-  return 0;
+  chartcore::tool::UseUtf8Console();
+  chartcore::tool::ToolContext context(std::cout, std::cerr, chartcore::tool::IsTerminal(stdout),
+                                       chartcore::tool::IsTerminal(stderr));
+  const int code = chartcore::tool::RunTool(argc, argv, context);
+  std::cout.flush();
+  return code;
 }

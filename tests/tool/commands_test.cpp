@@ -1,0 +1,259 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "bars.h"
+#include "chartcore/foundation/formatting.h"
+#include "chartcore/packets/packet_types.h"
+#include "chartcore/platform/version.h"
+#include "sample_workspace.h"
+#include "tool_test_util.h"
+#include "tool_text.h"
+#include "workspace.h"
+
+#if !defined(_WIN32)
+#include <sys/wait.h>
+#endif
+
+namespace {
+
+using tooltest::ReadBytes;
+using tooltest::Cli;
+using tooltest::TempDir;
+using tooltest::WriteBytes;
+
+constexpr double kEmpty = chartcore::kPacketEmptyValue;
+
+TEST(ToolFormat, PrintsValuesUnderAFormatCode) {
+  auto run = Cli({"format", "--code", "1", "--group", "1234.5", "-1234.5", "999.9", "N/A", "0.000000001"});
+  EXPECT_EQ(run.code, 0) << run.err;
+  // Grouping only from 1000 on; the empty value prints "N/A"; tiny values 0.
+  EXPECT_EQ(run.out, "1,234.5\n-1,234.5\n999.9\nN/A\n0.0\n");
+  EXPECT_EQ(Cli({"format", "--code", "1", "1234.5"}).out, "1234.5\n");
+  EXPECT_EQ(Cli({"format", "--code", "75", "101.15625", "101.5"}).out, "101`05\n101`16\n");  // 32nds, two digits
+  EXPECT_EQ(Cli({"format", "--code", "65", "101.5"}).out, "101`1\n");                         // halves
+  run = Cli({"format", "--code", "2", "12abc"});
+  EXPECT_EQ(run.code, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "chartcore format: \"12abc\" is not a number\n");
+  EXPECT_EQ(Cli({"format", "1"}).err, "chartcore format: --code is required (see chartcore format --help)\n");
+}
+
+TEST(ToolTable, BarFileAsTheChartTable) {
+  TempDir dir;
+  const std::string csv = dir / "bars.csv";
+  WriteBytes(csv,
+             "date,open,high,low,close,volume\r\n"
+             "20240102,1000.5,1010,990,1005.25,1234567\r\n"
+             "2024-01-03,1005,1020,1000,N/A,0\n"
+             "\n"
+             "20240104093000,1010,1015,1005,1012,2000\n");
+  auto run = Cli({"table", csv, "--code", "2"});
+  ASSERT_EQ(run.code, 0) << run.err;
+  // A time column appears because one bar carries a time of day.
+  EXPECT_EQ(run.out,
+            "Date        Time          Open      High       Low     Close     Volume\n"
+            "2024/01/02            1,000.50  1,010.00    990.00  1,005.25  1,234,567\n"
+            "2024/01/03            1,005.00  1,020.00  1,000.00       N/A          0\n"
+            "2024/01/04  09:30:00  1,010.00  1,015.00  1,005.00  1,012.00      2,000\n");
+  run = Cli({"table", csv, "--last", "1"});
+  EXPECT_EQ(run.out,
+            "Date        Time       Open   High    Low  Close  Volume\n"
+            "2024/01/04  09:30:00  1,010  1,015  1,005  1,012   2,000\n");
+
+  const std::pair<std::string, std::string> bad[] = {
+      {"20240105,1,2,3\n", "expected 6 fields (date, open, high, low, close, volume), found 4"},
+      {"2024013,1,2,3,4,5\n", "the date \"2024013\" is not YYYYMMDD or YYYYMMDDhhmmss"},
+      {"20240105,1O5,2,3,4,5\n", "the open \"1O5\" is not a number"},
+      {"20240105,1,2,3,4,1e999\n", "the volume \"1e999\" is not a number"},
+  };
+  for (const auto& line : bad) {
+    WriteBytes(dir / "bad.csv", "date,open,high,low,close,volume\n20240102,1,2,3,4,5\n" + line.first);
+    run = Cli({"table", dir / "bad.csv"});
+    EXPECT_EQ(run.code, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "chartcore table: " + (dir / "bad.csv") + ":3: " + line.second + "\n");
+  }
+}
+
+TEST(ToolBars, MovingAverageRollsAWindowAndPropagatesEmptyValues) {
+  CPacket series;
+  for (double v : {1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0}) series.Add(v);
+  CPacket average = chartcore::tool::MovingAverage(series, 3);
+  ASSERT_EQ(average.GetPacketSize(), 7);
+  EXPECT_EQ(average.GetValue(0), kEmpty);  // fewer than 3 bars in
+  EXPECT_EQ(average.GetValue(1), kEmpty);
+  for (int i = 2; i < 7; ++i) EXPECT_EQ(average.GetValue(i), i) << i;  // (i-1 + i + i+1) / 3 = i
+
+  // A bar without data spoils every window that holds it.
+  CPacket gappy;
+  for (double v : {1.0, 2.0, 3.0, kEmpty, 5.0, 6.0, 7.0, 8.0}) gappy.Add(v);
+  average = chartcore::tool::MovingAverage(gappy, 2);
+  const double expected[] = {kEmpty, 1.5, 2.5, kEmpty, kEmpty, 5.5, 6.5, 7.5};
+  for (int i = 0; i < 8; ++i) EXPECT_EQ(average.GetValue(i), expected[i]) << i;
+
+  average = chartcore::tool::MovingAverage(series, 0);
+  EXPECT_EQ(average.GetPacketSize(), 7);
+  EXPECT_EQ(average.GetValue(6), kEmpty);
+  EXPECT_EQ(chartcore::tool::MovingAverage(CPacket(), 5).GetPacketSize(), 0);
+  average = chartcore::tool::MovingAverage(series, 8);  // longer than the series
+  EXPECT_EQ(average.GetValue(6), kEmpty);
+}
+
+TEST(ToolHighlight, ColoursFromTheEditorInAnsiAndHtml) {
+  TempDir dir;
+  WriteBytes(dir / "a.txt", "if x // c\n");
+  auto run = Cli({"highlight", dir / "a.txt", "--ansi", "--workspace", dir.path()});
+  ASSERT_EQ(run.code, 0) << run.err;
+  // "if" a constant word (blue), " x " normal text, the comment green.
+  EXPECT_EQ(run.out, "\x1b[38;2;0;0;255mif\x1b[0m x \x1b[38;2;0;128;0m// c\x1b[0m\n");
+  run = Cli({"highlight", dir / "a.txt", "--html", "--workspace", dir.path()});
+  EXPECT_NE(run.out.find("<pre style=\"background:#FFFFFF;color:#000000;font-family:monospace\">"
+                         "<span style=\"color:#0000FF\">if</span> x <span style=\"color:#008000\">// c</span>\n"
+                         "</pre>"),
+            std::string::npos)
+      << run.out;
+  EXPECT_EQ(Cli({"highlight", dir / "a.txt", "--html", "--ansi"}).code, 2);
+
+  // User functions come from the workspace's list; the mode hides volume.
+  TempDir ws;
+  chartcore::tool::WriteSampleWorkspace(ws.path());
+  WriteBytes(dir / "b.txt", "GapRatio(20) volume");
+  const std::string userFunction = "\x1b[38;2;165;42;42mGapRatio";
+  EXPECT_NE(Cli({"highlight", dir / "b.txt", "--ansi", "--workspace", ws.path()}).out.find(userFunction),
+            std::string::npos);
+  run = Cli({"highlight", dir / "b.txt", "--ansi", "--workspace", dir.path()});
+  EXPECT_EQ(run.out.find(userFunction), std::string::npos);
+  EXPECT_NE(run.out.find("\x1b[38;2;162;40;202mvolume"), std::string::npos);  // mode 2: a price word
+  run = Cli({"highlight", dir / "b.txt", "--ansi", "--workspace", dir.path(), "--mode", "0"});
+  EXPECT_EQ(run.out.find("162;40;202"), std::string::npos);
+
+  // A definition file gives its formula; its workspace gives the functions.
+  run = Cli({"highlight", ws / "Logic/Signal/GoldenCross.sig"});
+  EXPECT_EQ(run.out, "crossup(MA(C, Short), MA(C, Long))\n");  // not a terminal: plain text
+  run = Cli({"highlight", ws / "Logic/Signal/VolumeBreakout.sig", "--ansi"});
+  EXPECT_NE(run.out.find("\x1b[38;2;165;42;42mVolumeSpike"), std::string::npos) << run.out;
+  EXPECT_EQ(Cli({"highlight", dir / "none.txt"}).err,
+            "chartcore highlight: " + (dir / "none.txt") + ": cannot open (file not found)\n");
+}
+
+TEST(ToolWorkspace, InitMakesTheLayoutAndNeverOverwritesSilently) {
+  TempDir dir;
+  const std::string root = dir / "deep/ws";
+  auto run = Cli({"workspace", "init", root, "--user", "_u01"});
+  ASSERT_EQ(run.code, 0) << run.err;
+  // deep, ws, Logic and its 8 folders, Save, Templ, Event, Local_u01 and its 5.
+  EXPECT_EQ(run.out, root + ": workspace ready (20 folders created)\n");
+  for (const char* folder : {"Logic/Indica", "Logic/Function", "Logic/Market", "Save", "Templ", "Event",
+                             "Local_u01/Data", "Local_u01/Image", "Local_u01/Result", "Local_u01/Save",
+                             "Local_u01/Templ"}) {
+    EXPECT_TRUE(tooltest::fs::is_directory(root + "/" + folder)) << folder;
+  }
+  run = Cli({"workspace", "init", root, "--samples"});
+  ASSERT_EQ(run.code, 0) << run.err;
+  // Data, Image and Result of the root's own branch are new.
+  EXPECT_EQ(run.out, root + ": workspace ready (3 folders created, " +
+                         std::to_string(chartcore::tool::kSampleFileCount) + " sample files written)\n");
+  EXPECT_EQ(ReadBytes(root + "/" + chartcore::tool::kSampleBarsFile), chartcore::tool::SampleBarsCsv());
+
+  // Again: refused before anything is touched, unless forced.
+  WriteBytes(root + "/Logic/Signal/GoldenCross.sig", "mine");
+  run = Cli({"workspace", "init", root, "--samples"});
+  EXPECT_EQ(run.code, 1);
+  EXPECT_EQ(run.err, "chartcore workspace init: " + root +
+                         "/Event/.keep: already exists; nothing was written (--force replaces the sample's files)\n");
+  EXPECT_EQ(ReadBytes(root + "/Logic/Signal/GoldenCross.sig"), "mine");
+  EXPECT_EQ(Cli({"workspace", "init", root, "--samples", "--force"}).code, 0);
+  EXPECT_NE(ReadBytes(root + "/Logic/Signal/GoldenCross.sig"), "mine");
+
+  WriteBytes(dir / "file", "x");
+  run = Cli({"workspace", "init", dir / "file"});
+  EXPECT_EQ(run.code, 1);
+  EXPECT_EQ(run.err, "chartcore workspace init: " + (dir / "file") + ": exists and is not a folder\n");
+  EXPECT_EQ(Cli({"workspace"}).code, 2);
+}
+
+TEST(ToolDemo, ToursAWorkspaceWithItsDefinitionsBarsAndFormula) {
+  TempDir ws;
+  chartcore::tool::WriteSampleWorkspace(ws.path());
+  auto run = Cli({"demo", "--workspace", ws.path(), "--color", "never"});
+  ASSERT_EQ(run.code, 0) << run.err;
+  const std::string& out = run.out;
+  EXPECT_EQ(out.rfind(std::string("chartcore ") + chartcore::GetLibraryVersion() + ": a tour of a workspace\n", 0),
+            0u);
+  EXPECT_NE(out.find("\n  FUNCT    6  BandPosition, GapRatio, MidPrice, TrueHigh, TrueLow, VolumeSpike\n"),
+            std::string::npos);
+  EXPECT_NE(out.find("\n  OPTIMIZE 2  GoldenCrossPeriods, RSIThresholds\n"), std::string::npos);
+  EXPECT_NE(out.find("\n  BandPosition(Price, Upper, Lower)  Position of a price inside a band, in percent\n"),
+            std::string::npos);
+  EXPECT_NE(out.find("Local_demo/Data/900010_day.csv, 489 bars from 2023/01/02 to 2024/12/30\n"),
+            std::string::npos);
+  EXPECT_NE(out.find("Formula of PriceMomentum (Logic/Indica/PriceMomentum.ind)"), std::string::npos);
+  EXPECT_EQ(out.find('\x1b'), std::string::npos);  // --color never
+
+  // The last row: stamped with the session close, MA(5) of the last five
+  // closes as read from the file itself, and the close minus it.
+  std::istringstream csv(chartcore::tool::SampleBarsCsv());
+  std::string line;
+  std::vector<double> closes;
+  while (std::getline(csv, line)) {
+    if (line[0] != 'd') closes.push_back(std::stod(line.substr(line.find_last_of(',', line.rfind(',') - 1) + 1)));
+  }
+  double sum = 0;
+  for (size_t i = closes.size() - 5; i < closes.size(); ++i) sum += closes[i];
+  const std::string average = chartcore::tool::Utf8(GetYPacketStringOfFormat(sum / 5, 0, 1));
+  const std::string gap = chartcore::tool::Utf8(GetYPacketStringOfFormat(closes.back() - sum / 5, 0, 1));
+  const size_t lastRow = out.find("  2024/12/30  15:30:00");
+  ASSERT_NE(lastRow, std::string::npos);
+  const std::string row = out.substr(lastRow, out.find('\n', lastRow) - lastRow);
+  EXPECT_NE(row.find("  " + average + "  "), std::string::npos) << row;
+  EXPECT_EQ(row.substr(row.size() - gap.size()), gap) << row;
+
+  // Without --workspace: a temporary copy of the built-in sample, removed.
+  run = Cli({"demo", "--code", "2"});
+  ASSERT_EQ(run.code, 0) << run.err;
+  const std::string marker = "built-in sample in ";
+  const size_t at = run.out.find(marker);
+  ASSERT_NE(at, std::string::npos);
+  const std::string temp = run.out.substr(at + marker.size(), run.out.find(" (removed", at) - at - marker.size());
+  EXPECT_FALSE(tooltest::fs::exists(temp)) << temp;
+  EXPECT_NE(run.out.find("prices under format code 2"), std::string::npos);
+  EXPECT_NE(run.out.find(".00  "), std::string::npos);  // two decimals
+  EXPECT_EQ(Cli({"demo", "--workspace", ws / "none"}).err, "chartcore demo: " + (ws / "none") + ": not a folder\n");
+}
+
+TEST(ToolCli, VersionHelpAndUsageErrors) {
+  auto run = Cli({"--version"});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.out, std::string("chartcore ") + chartcore::GetLibraryVersion() + "\n");
+  run = Cli({});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_NE(run.out.find("demo"), std::string::npos);
+  EXPECT_NE(run.out.find("highlight"), std::string::npos);
+  run = Cli({"frobnicate"});
+  EXPECT_EQ(run.code, 2);
+  std::string names;
+  for (const auto& command : chartcore::tool::Commands()) {
+    names += (names.empty() ? "" : ", ") + std::string(command.name);
+  }
+  EXPECT_EQ(names.rfind("demo, workspace, inspect, pack, highlight, format, table", 0), 0u);
+  EXPECT_EQ(run.err, "chartcore: unknown command \"frobnicate\" (one of " + names + ")\n");
+  run = Cli({"inspect"});
+  EXPECT_EQ(run.code, 2);
+  EXPECT_EQ(run.err, "chartcore inspect: FILE is required (see chartcore inspect --help)\n");
+  EXPECT_EQ(Cli({"inspect", "--help"}).code, 0);
+}
+
+#if !defined(_WIN32)
+TEST(ToolBinary, ExitCodesReachTheShell) {
+  const std::string tool = CHARTCORE_TOOL_PATH;
+  int status = std::system(("'" + tool + "' --version >/dev/null").c_str());
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+  status = std::system(("'" + tool + "' inspect /nonexistent/x.ind 2>/dev/null").c_str());
+  EXPECT_EQ(WEXITSTATUS(status), 1);
+  status = std::system(("'" + tool + "' inspect --kind nope x 2>/dev/null").c_str());
+  EXPECT_EQ(WEXITSTATUS(status), 2);
+}
+#endif
+
+}  // namespace
