@@ -58,8 +58,20 @@ TEST(SystemMessageBox, RoutesToTheHandlerAndRestoresDefault) {
 #endif
 }
 
+// Without a provider: the screen's own setting on Windows, 96 on Linux.
+int ScreenSetting() {
+#if defined(_WIN32)
+  HDC screen = GetDC(nullptr);
+  const int dpi = screen ? GetDeviceCaps(screen, LOGPIXELSY) : 96;
+  if (screen) ReleaseDC(nullptr, screen);
+  return dpi > 0 ? dpi : 96;
+#else
+  return 96;
+#endif
+}
+
 TEST(SystemScreenMetrics, ProviderOrNinetySix) {
-  EXPECT_EQ(chartcore::GetScreenPixelsPerInchY(), 96);
+  EXPECT_EQ(chartcore::GetScreenPixelsPerInchY(), ScreenSetting());
   auto previous = chartcore::SetScreenPixelsPerInchProvider([] { return 120; });
   EXPECT_FALSE(previous);
   EXPECT_EQ(chartcore::GetScreenPixelsPerInchY(), 120);
@@ -67,7 +79,7 @@ TEST(SystemScreenMetrics, ProviderOrNinetySix) {
   chartcore::SetScreenPixelsPerInchProvider([] { return 0; });  // a backend without an answer
   EXPECT_EQ(chartcore::GetScreenPixelsPerInchY(), 96);
   chartcore::SetScreenPixelsPerInchProvider(nullptr);
-  EXPECT_EQ(chartcore::GetScreenPixelsPerInchY(), 96);
+  EXPECT_EQ(chartcore::GetScreenPixelsPerInchY(), ScreenSetting());
 }
 
 #if !defined(_WIN32)
@@ -111,5 +123,36 @@ TEST(SystemLocalTime, SeoulBreakdownAndNormalisation) {
   EXPECT_EQ(_time64(&now), now);
   EXPECT_GT(now, 1700000000);
   EXPECT_EQ(_mktime64(nullptr), -1);
+}
+#else
+// The Windows runtime reads the POSIX-style TZ=KST-9 (a fixed UTC+9) and
+// refuses local times before 1970 UTC, which the Linux runtime accepts.
+TEST(SystemLocalTime, KoreanZoneOfTheWindowsRuntime) {
+  _putenv("TZ=KST-9");
+  _tzset();
+  const __time64_t epoch = 0;
+  const struct tm* t = _localtime64(&epoch);
+  ASSERT_NE(t, nullptr);
+  EXPECT_EQ(t->tm_year, 70);
+  EXPECT_EQ(t->tm_hour, 9);  // UTC+9
+  struct tm first = {};
+  first.tm_year = 70;
+  first.tm_mday = 1;
+  first.tm_hour = 9;
+  first.tm_isdst = -1;
+  EXPECT_EQ(_mktime64(&first), 0);  // 1970-01-01 09:00 KST is the epoch
+  struct tm before = {};
+  before.tm_year = 70;
+  before.tm_mday = 1;
+  before.tm_hour = 8;
+  before.tm_isdst = -1;
+  EXPECT_EQ(_mktime64(&before), -1);  // an hour earlier is 1969 in UTC: refused
+  // 1987's summer time in Seoul is unknown to a fixed zone: no 25-hour day.
+  struct tm summer = {};
+  summer.tm_year = 87;
+  summer.tm_mon = 6;
+  summer.tm_mday = 1;
+  summer.tm_isdst = -1;
+  EXPECT_EQ(_mktime64(&summer) % 86400, 15 * 3600);  // midnight KST is 15:00 UTC
 }
 #endif

@@ -37,6 +37,20 @@ Hooks& GetHooks() {
 
 constexpr int kDefaultPixelsPerInch = 96;
 
+// The screen's own setting without a backend: the system's answer on
+// Windows; Linux has no screen to ask here.
+int SystemPixelsPerInchY() {
+#if defined(_WIN32)
+  HDC screen = ::GetDC(nullptr);
+  if (screen == nullptr) return 0;
+  const int dpi = ::GetDeviceCaps(screen, LOGPIXELSY);
+  ::ReleaseDC(nullptr, screen);
+  return dpi;
+#else
+  return 0;
+#endif
+}
+
 int DefaultMessageBox(void* owner, const wchar_t* text, const wchar_t* caption, UINT type) {
 #if defined(_WIN32)
   return ::MessageBoxW(static_cast<HWND>(owner), text, caption, type);
@@ -77,7 +91,7 @@ int GetScreenPixelsPerInchY() {
     std::lock_guard<std::mutex> lock(hooks.mutex);
     provider = hooks.pixelsPerInch;
   }
-  const int dpi = provider ? provider() : 0;
+  const int dpi = provider ? provider() : SystemPixelsPerInchY();
   return dpi > 0 ? dpi : kDefaultPixelsPerInch;
 }
 

@@ -75,8 +75,9 @@ CHARTCORE_API MessageBoxHandler SetMessageBoxHandler(MessageBoxHandler handler);
 // pixels per inch (the window backend does) and returns the previous one.
 CHARTCORE_API std::function<int()> SetScreenPixelsPerInchProvider(std::function<int()> provider);
 
-// GetScreenPixelsPerInchY: the provider's answer, or 96 without a provider or
-// when it answers 0 or less.
+// GetScreenPixelsPerInchY: the provider's answer; without a provider the
+// screen's LOGPIXELSY from GetDeviceCaps on Windows; 96 when neither answers
+// (Linux without a backend) or the answer is 0 or less.
 CHARTCORE_API int GetScreenPixelsPerInchY();
 
 // ShowMessageBox: what AfxMessageBox and MessageBoxW do: the handler if one is
