@@ -211,9 +211,7 @@ int GetAppVersion(const wchar_t* progId, wchar_t* version, int versionSize) {
 }
 
 void WriteLog(CString path, const wchar_t* text) {
-  HANDLE file = CreateFileW(path, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                            OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return;
+  std::string bytes;
   if (text != nullptr && *text != L'\0') {
     // Text mode: a line end goes out as CR LF, in the system code page.
     CString translated(text);
@@ -221,14 +219,15 @@ void WriteLog(CString path, const wchar_t* text) {
     const int size = WideCharToMultiByte(CP_ACP, 0, translated.GetString(), translated.GetLength(), nullptr, 0,
                                          nullptr, nullptr);
     if (size > 0) {
-      std::string bytes(static_cast<size_t>(size), '\0');
+      bytes.assign(static_cast<size_t>(size), '\0');
       WideCharToMultiByte(CP_ACP, 0, translated.GetString(), translated.GetLength(), &bytes[0], size, nullptr,
                           nullptr);
-      DWORD written = 0;
-      WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
     }
   }
-  CloseHandle(file);
+  // One append through the file layer (append-only access, so two processes
+  // logging to one file never overwrite each other); a file that cannot be
+  // opened is skipped.
+  chartcore::AppendToFile(path, bytes.data(), static_cast<UINT>(bytes.size()));
 }
 
 namespace {
@@ -642,16 +641,12 @@ int GetAppVersion(const wchar_t* progId, wchar_t* version, int versionSize) {
 }
 
 void WriteLog(CString path, const wchar_t* text) {
-  const std::string native = chartcore::WideToUtf8(chartcore::ToNativePath(path).str());
-  // O_APPEND moves every write to the end atomically, so two processes
-  // appending to one log never overwrite each other.
-  const int fd = open(native.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
-  if (fd < 0) return;
-  if (text != nullptr && *text != L'\0') {
-    const std::string bytes = chartcore::WideToUtf8(text, std::wcslen(text));
-    WriteAll(fd, bytes.data(), bytes.size());
-  }
-  close(fd);
+  const std::string bytes = text != nullptr ? chartcore::WideToUtf8(text, std::wcslen(text)) : std::string();
+  // One append through the file layer: the write lands at the end as the
+  // system finds it, so two processes logging to one file never overwrite
+  // each other, and a write that fails leaves the log as it was. A file that
+  // cannot be opened is skipped.
+  chartcore::AppendToFile(path, bytes.data(), static_cast<UINT>(bytes.size()));
 }
 
 namespace {

@@ -1274,4 +1274,70 @@ BOOL WriteFileAtomic(const wchar_t* path, const std::function<void(CFile&)>& wri
   return TRUE;
 }
 
+BOOL AppendToFile(const wchar_t* path, const void* data, UINT count, CFileException* error) {
+  if (path == nullptr || *path == L'\0' || (data == nullptr && count != 0)) {
+    FillException(error, 0, path);
+    if (error) error->m_cause = path == nullptr || *path == L'\0' ? CFileException::badPath : CFileException::genericException;
+    return FALSE;
+  }
+#if defined(_WIN32)
+  // Append-only access: every write lands at the end of the file as it is
+  // at that moment, whoever else appends.
+  const HANDLE h = ::CreateFileW(path, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                                 FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (h == INVALID_HANDLE_VALUE) {
+    FillException(error, LastOsError(), path);
+    return FALSE;
+  }
+  long err = CheckFileFault(FileOperation::kWrite);
+  if (err == 0 && count != 0) {
+    DWORD written = 0;
+    if (!::WriteFile(h, data, count, &written, nullptr)) err = LastOsError();
+    else if (written != count) err = ERROR_DISK_FULL;
+  }
+  const long closeInjected = CheckFileFault(FileOperation::kClose);
+  const long closeErr = ::CloseHandle(h) ? 0 : LastOsError();
+#else
+  const std::string native = internal::NativePathBytes(path);
+  int fd;
+  do {
+    fd = ::open(native.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+  } while (fd < 0 && errno == EINTR);
+  if (fd < 0) {
+    FillException(error, errno, path);
+    return FALSE;
+  }
+  long err = CheckFileFault(FileOperation::kWrite);
+  const char* bytes = static_cast<const char*>(data);
+  size_t done = 0;
+  while (err == 0 && done < count) {
+    const ssize_t n = ::write(fd, bytes + done, count - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) {
+      err = n < 0 ? errno : ENOSPC;
+      break;
+    }
+    done += static_cast<size_t>(n);
+  }
+  if (err != 0 && done != 0) {
+    // Part of the bytes got out (a full disk): cut them off again, unless
+    // another writer has appended after them meanwhile.
+    struct stat st;
+    const off_t end = ::lseek(fd, 0, SEEK_CUR);
+    if (end >= static_cast<off_t>(done) && ::fstat(fd, &st) == 0 && st.st_size == end) {
+      const int cut = ::ftruncate(fd, end - static_cast<off_t>(done));
+      (void)cut;  // the write's error is what the caller hears of
+    }
+  }
+  const long closeInjected = CheckFileFault(FileOperation::kClose);
+  const long closeErr = ::close(fd) == 0 || errno == EINTR ? 0 : errno;
+#endif
+  if (err == 0) err = closeInjected != 0 ? closeInjected : closeErr;
+  if (err != 0) {
+    FillException(error, err, path);
+    return FALSE;
+  }
+  return TRUE;
+}
+
 }  // namespace chartcore

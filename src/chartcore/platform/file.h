@@ -66,15 +66,29 @@ CHARTCORE_API int FileCauseFromOsError(long osError);
 CHARTCORE_API BOOL WriteFileAtomic(const wchar_t* path, const std::function<void(CFile&)>& writer,
                                    CFileException* error = nullptr);
 
+// AppendToFile: adds `count` bytes at the end of the file at `path`, creating
+// it when missing (the folder must exist). The bytes go out in one write at
+// the end of the file as the system finds it (O_APPEND; append-only access on
+// Windows), so processes appending to one file, as to a log, never overwrite
+// each other. Returns TRUE when every byte was written and the file closed.
+// Otherwise FALSE, with `error` (when given) describing the failing open,
+// write or close; on Linux a write that got only part of the bytes out (a
+// full disk) is cut off again unless another writer appended after it, so
+// the file keeps its old bytes. Writes and closes count for the fault
+// injector below. A count of 0 only creates the file.
+//   const std::string line = "09:00:01 order sent\n";
+//   chartcore::AppendToFile(L"/ws\\Local\\trade.log", line.data(), static_cast<UINT>(line.size()));
+CHARTCORE_API BOOL AppendToFile(const wchar_t* path, const void* data, UINT count, CFileException* error = nullptr);
+
 namespace internal {
 
 // ---------------------------------------------------------------------------
 // Fault injection (for tests of failure paths)
 // ---------------------------------------------------------------------------
 // The framework's file code counts its writes (CFile/CStdioFile Write and
-// WriteString), flushes (Flush and the disk sync of WriteFileAtomic),
-// renames (CFile::Rename, WriteFileAtomic, _wrename, MoveFileW) and closes
-// (Close) separately. SetFileFaultInjector arms a fault: counting from the
+// WriteString, AppendToFile), flushes (Flush and the disk sync of
+// WriteFileAtomic), renames (CFile::Rename, WriteFileAtomic, _wrename,
+// MoveFileW) and closes (Close, AppendToFile) separately. SetFileFaultInjector arms a fault: counting from the
 // call, the nth operation of that kind fails as if the system had returned
 // osError (errno on Linux). A failing close still releases the file.
 // nth = 0 disarms that kind. ResetFileFaultInjector disarms all and zeroes
