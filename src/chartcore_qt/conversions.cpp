@@ -2,9 +2,12 @@
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QFontInfo>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <unordered_map>
 
@@ -78,12 +81,6 @@ CString ToCString(const QString& text) {
 // ---------------------------------------------------------------------------
 namespace {
 
-struct FontEntry {
-  explicit FontEntry(const QFont& f) : font(f), metrics(f) {}
-  QFont font;
-  QFontMetrics metrics;
-};
-
 // Every field that changes the font picked; the face name up to its end.
 std::string FontKey(const LOGFONT* lf) {
   if (lf == nullptr) return std::string();
@@ -99,6 +96,7 @@ QFont BuildFont(const LOGFONT* lf) {
   QFont font = QApplication::font();
   if (lf == nullptr) {
     font.setKerning(false);
+    font.setHintingPreference(QFont::PreferFullHinting);
     return font;
   }
   int nameLength = 0;
@@ -119,6 +117,9 @@ QFont BuildFont(const LOGFONT* lf) {
   font.setUnderline(lf->lfUnderline != 0);
   font.setStrikeOut(lf->lfStrikeOut != 0);
   font.setKerning(false);
+  // Hinted glyphs advance by whole pixels, so a run measures as the sum of
+  // its characters and draws in one call.
+  font.setHintingPreference(QFont::PreferFullHinting);
   if (lf->lfQuality == kNonAntialiasedQuality) {
     font.setStyleStrategy(QFont::NoAntialias);
   } else if (lf->lfQuality == kAntialiasedQuality || lf->lfQuality == kClearTypeQuality) {
@@ -136,24 +137,64 @@ QFont BuildFont(const LOGFONT* lf) {
       int em = std::max(1, static_cast<int>(std::lround(static_cast<double>(height) * height / cell)));
       font.setPixelSize(em);
       while (em > 1 && QFontMetrics(font).height() > height) font.setPixelSize(--em);
+      // The largest em size whose cell still fits.
+      QFont next = font;
+      for (next.setPixelSize(em + 1); QFontMetrics(next).height() <= height; next.setPixelSize(++em + 1)) font = next;
     }
   }
   return font;
 }
 
-const FontEntry& EntryFor(const LOGFONT* lf) {
-  static std::unordered_map<std::string, FontEntry> cache;
-  const std::string key = FontKey(lf);
-  auto it = cache.find(key);
-  if (it == cache.end()) it = cache.emplace(key, FontEntry(BuildFont(lf))).first;
-  return it->second;
-}
-
 }  // namespace
 
-QFont FontFromLogFont(const LOGFONT* lf) { return EntryFor(lf).font; }
+FontData::FontData(const QFont& font)
+    : m_font(font), m_metrics(font), m_bFixedPitch(QFontInfo(font).fixedPitch()) {}
 
-const QFontMetrics& FontMetricsOf(const LOGFONT* lf) { return EntryFor(lf).metrics; }
+int FontData::Advance(wchar_t ch) const {
+  auto it = m_advances.find(ch);
+  if (it != m_advances.end()) return it->second;
+  const char32_t cp = static_cast<char32_t>(ch);
+  // A single UTF-16 unit measures without shaping.
+  const int advance = cp < 0x10000 && !(cp >= 0xD800 && cp <= 0xDFFF)
+                          ? m_metrics.horizontalAdvance(QChar(static_cast<char16_t>(cp)))
+                          : m_metrics.horizontalAdvance(ToQString(&ch, 1));
+  m_advances.emplace(ch, advance);
+  return advance;
+}
+
+const QStaticText& FontData::Layout(const QString& run) const {
+  // About a hundred screens of runs.
+  constexpr qsizetype kMaxLayouts = 20000;
+  auto it = m_layouts.find(run);
+  if (it != m_layouts.end()) return it.value();
+  if (m_layouts.size() >= kMaxLayouts) m_layouts.clear();
+  QStaticText text(run);
+  text.setTextFormat(Qt::PlainText);
+  text.setPerformanceHint(QStaticText::AggressiveCaching);
+  text.prepare(QTransform(), m_font);
+  return m_layouts.insert(run, text).value();
+}
+
+const FontData& FontDataOf(const LOGFONT* lf) {
+  static std::unordered_map<std::string, std::unique_ptr<FontData>> cache;
+  // The same font asked for again (a repaint draws run after run in it).
+  static LOGFONT lastFont;
+  static const FontData* last = nullptr;
+  static bool lastWasNull = false;
+  if (last != nullptr && (lf == nullptr ? lastWasNull : !lastWasNull && std::memcmp(lf, &lastFont, sizeof(LOGFONT)) == 0))
+    return *last;
+  const std::string key = FontKey(lf);
+  auto it = cache.find(key);
+  if (it == cache.end()) it = cache.emplace(key, std::unique_ptr<FontData>(new FontData(BuildFont(lf)))).first;
+  last = it->second.get();
+  lastWasNull = lf == nullptr;
+  if (lf != nullptr) lastFont = *lf;
+  return *last;
+}
+
+QFont FontFromLogFont(const LOGFONT* lf) { return FontDataOf(lf).Font(); }
+
+const QFontMetrics& FontMetricsOf(const LOGFONT* lf) { return FontDataOf(lf).Metrics(); }
 
 QString MonospaceFamily() {
   static const QString family = [] {

@@ -19,9 +19,13 @@
 #include <QColor>
 #include <QFont>
 #include <QFontMetrics>
+#include <QHash>
 #include <QPoint>
 #include <QRect>
+#include <QStaticText>
 #include <QString>
+
+#include <unordered_map>
 
 #include "chartcore/platform/cstring.h"
 #include "chartcore/platform/types.h"
@@ -78,15 +82,44 @@ enum : BYTE {
   kClearTypeQuality = 5,
 };
 
-// FontFromLogFont: the Qt font for a logical font; nullptr gives the system
-// font (the application's default). Height: negative = the em size in pixels,
+// FontData: a logical font as Qt draws it, with what measuring needs.
+class CHARTCORE_QT_API FontData {
+ public:
+  explicit FontData(const QFont& font);
+  FontData(const FontData&) = delete;
+  FontData& operator=(const FontData&) = delete;
+
+  const QFont& Font() const { return m_font; }
+  const QFontMetrics& Metrics() const { return m_metrics; }
+  // The advance of one character, as a run's layout places the next one
+  // after it (cached: a repaint asks for every character on the screen).
+  int Advance(wchar_t ch) const;
+  // Whether the face is fixed-pitch: its runs of plain letters, digits,
+  // punctuation and Hangul then measure as the sum of their advances.
+  bool IsFixedPitch() const { return m_bFixedPitch; }
+  // The run laid out once for drawing again and again (a repaint draws the
+  // same runs as the one before); the cache forgets everything when full.
+  const QStaticText& Layout(const QString& run) const;
+
+ private:
+  QFont m_font;
+  QFontMetrics m_metrics;
+  bool m_bFixedPitch;
+  mutable std::unordered_map<wchar_t, int> m_advances;
+  mutable QHash<QString, QStaticText> m_layouts;
+};
+
+// FontDataOf: the font for a logical font; nullptr gives the system font
+// (the application's default). Height: negative = the em size in pixels,
 // positive = the cell height (ascent + descent) in pixels, 0 = the default
 // size. A weight of 0 is normal; italic, underline and strike-out are kept; a
 // fixed pitch or the modern family asks for a monospace face; quality 3 turns
-// antialiasing off. Kerning is off, so a run measures as the sum of its
-// characters, as the editor lays text out. Results are cached per LOGFONT.
+// antialiasing off. Kerning is off and hinting full, so glyphs advance by
+// whole pixels and a run measures as the sum of its characters, as the
+// editor lays text out. Cached per LOGFONT for the life of the process.
+CHARTCORE_QT_API const FontData& FontDataOf(const LOGFONT* lf);
+// FontFromLogFont, FontMetricsOf: FontDataOf(lf)'s font and metrics.
 CHARTCORE_QT_API QFont FontFromLogFont(const LOGFONT* lf);
-// FontMetricsOf: the metrics of FontFromLogFont(lf) (cached with it).
 CHARTCORE_QT_API const QFontMetrics& FontMetricsOf(const LOGFONT* lf);
 // MonospaceFamily: the installed monospace face the editor uses: one that
 // also draws Hangul at a fixed width when there is one ("NanumGothicCoding",

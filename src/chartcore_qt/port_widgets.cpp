@@ -306,42 +306,59 @@ const LOGFONT* QtWindowPort::FontOrDefault(const LOGFONT* font) const {
   return m_bDefaultMonospace ? &m_lfMonospace : nullptr;
 }
 
+namespace {
+
+// Characters that shaping never joins, splits or moves: plain Latin text
+// (no combining marks) and Hangul.
+bool IsPlainChar(wchar_t ch) {
+  const auto cp = static_cast<char32_t>(ch);
+  return (cp >= 0x20 && cp < 0x300) || (cp >= 0x3130 && cp <= 0x318F) || (cp >= 0xAC00 && cp <= 0xD7A3);
+}
+
+}  // namespace
+
 void QtWindowPort::DrawText(int x, int y, const wchar_t* text, int length, const LOGFONT* font, COLORREF color,
                             bool opaque, COLORREF background) {
   if (text == nullptr || length < 1) return;
-  const LOGFONT* lf = FontOrDefault(font);
+  const FontData& data = FontDataOf(FontOrDefault(font));
+  const QFontMetrics& fm = data.Metrics();
+  int sum = 0;
+  bool plain = data.IsFixedPitch();
+  for (int i = 0; i < length; ++i) {
+    sum += data.Advance(text[i]);
+    plain = plain && IsPlainChar(text[i]);
+  }
   if (m_pPainter == nullptr) {
-    const CSize extent = MeasureText(font, text, length);
-    CRect area(x, y, x + extent.cx, y + extent.cy);
+    CRect area(x, y, x + sum, y + fm.height());
     Invalidate(&area);
     return;
   }
-  const QFontMetrics& fm = FontMetricsOf(lf);
   const QString run = ToQString(text, length);
-  if (opaque) m_pPainter->fillRect(QRect(x, y, fm.horizontalAdvance(run), fm.height()), ToQColor(background));
-  m_pPainter->setFont(FontFromLogFont(lf));
+  if (opaque) m_pPainter->fillRect(QRect(x, y, sum, fm.height()), ToQColor(background));
+  m_pPainter->setFont(data.Font());
   m_pPainter->setPen(ToQColor(color));
   const int baseline = y + fm.ascent();
-  // The view places every character at the sum of the widths before it; a
-  // run whose shaped width differs is drawn character by character there.
-  int sum = 0;
-  for (int i = 0; i < length; ++i) sum += fm.horizontalAdvance(ToQString(text + i, 1));
-  if (sum == fm.horizontalAdvance(run)) {
-    m_pPainter->drawText(QPoint(x, baseline), run);
+  // The view places every character at the sum of the advances before it. A
+  // fixed-pitch run of plain characters lands there as shaped; any other run
+  // is measured, and drawn character by character when its shaped width
+  // differs.
+  if (plain || sum == fm.horizontalAdvance(run)) {
+    m_pPainter->drawStaticText(QPoint(x, y), data.Layout(run));
     return;
   }
   int pen = x;
   for (int i = 0; i < length; ++i) {
-    const QString one = ToQString(text + i, 1);
-    m_pPainter->drawText(QPoint(pen, baseline), one);
-    pen += fm.horizontalAdvance(one);
+    m_pPainter->drawText(QPoint(pen, baseline), ToQString(text + i, 1));
+    pen += data.Advance(text[i]);
   }
 }
 
 CSize QtWindowPort::MeasureText(const LOGFONT* font, const wchar_t* text, int length) {
-  const QFontMetrics& fm = FontMetricsOf(FontOrDefault(font));
-  if (text == nullptr || length < 1) return CSize(0, fm.height());
-  return CSize(fm.horizontalAdvance(ToQString(text, length)), fm.height());
+  const FontData& data = FontDataOf(FontOrDefault(font));
+  const int height = data.Metrics().height();
+  if (text == nullptr || length < 1) return CSize(0, height);
+  if (length == 1) return CSize(data.Advance(text[0]), height);
+  return CSize(data.Metrics().horizontalAdvance(ToQString(text, length)), height);
 }
 
 void QtWindowPort::GetTextMetrics(const LOGFONT* font, TEXTMETRIC* metrics) {
