@@ -83,7 +83,7 @@ TEST_F(Composition, HangukeoJoaLandsOnceHoweverTheSyllableEnds) {
   EXPECT_EQ(Line(2), QString("한국어 좋"));
 }
 
-TEST_F(Composition, FocusChangeCommitsOnceAndLateCommitIsDropped) {
+TEST_F(Composition, FocusChangeAndArrowCommitOnceAndLateCommitIsDropped) {
   QLineEdit other(widget.get());
   other.show();
   TypeJoa();
@@ -100,6 +100,11 @@ TEST_F(Composition, FocusChangeCommitsOnceAndLateCommitIsDropped) {
   Preedit("아");
   Commit("아");
   EXPECT_EQ(widget->Text(), QString("좋아아"));
+  // An arrow key ends a composition too: the syllable first, then the move.
+  Preedit("가");
+  QTest::keyClick(client, Qt::Key_Left);
+  EXPECT_EQ(widget->Text(), QString("좋아아가"));
+  EXPECT_EQ(Edit().GetCursorPos(), CPoint(3, 0));
 }
 
 TEST_F(Composition, PreeditIsPaintedAtTheCaretNotInTheBuffer) {
