@@ -163,14 +163,13 @@ int FontData::Advance(wchar_t ch) const {
 }
 
 const QStaticText& FontData::Layout(const QString& run) const {
-  // About a hundred screens of runs.
-  constexpr qsizetype kMaxLayouts = 20000;
+  // Some dozens of screens of runs.
+  constexpr qsizetype kMaxLayouts = 8192;
   auto it = m_layouts.find(run);
   if (it != m_layouts.end()) return it.value();
   if (m_layouts.size() >= kMaxLayouts) m_layouts.clear();
   QStaticText text(run);
   text.setTextFormat(Qt::PlainText);
-  text.setPerformanceHint(QStaticText::AggressiveCaching);
   text.prepare(QTransform(), m_font);
   return m_layouts.insert(run, text).value();
 }
