@@ -130,8 +130,7 @@ std::string Bars(const std::string& root, int code) {
   const std::string& path = files.front();
   CPacketMemory bars = LoadBarFile(path, kSessionClose);
   const int size = bars.GetPacketSize();
-  std::string relative = path.substr(std::min(path.size(), root.size()));
-  while (!relative.empty() && (relative.front() == '/' || relative.front() == '\\')) relative.erase(0, 1);
+  const std::string relative = RelativePath(root, path);
   if (size == 0) return "Daily bars: " + relative + " holds no bars\n";
 
   CPacket close = ColumnPacket(bars, PDT_CLOSE);

@@ -37,10 +37,9 @@ constexpr std::int64_t kFirstClose = 52000;
 
 // Days the sample market is closed besides weekends (YYYYMMDD).
 constexpr int kHolidays[] = {
-    20230123, 20230124, 20230301, 20230501, 20230505, 20230529, 20230606, 20230815, 20230928, 20230929,
-    20231002, 20231003, 20231009, 20231225, 20231229, 20240101, 20240209, 20240212, 20240301, 20240410,
-    20240501, 20240506, 20240515, 20240606, 20240815, 20240916, 20240917, 20240918, 20241001, 20241003,
-    20241009, 20241225, 20241231,
+    20230123, 20230124, 20230301, 20230501, 20230505, 20230529, 20230606, 20230815, 20230928, 20230929, 20231002,
+    20231003, 20231009, 20231225, 20231229, 20240101, 20240209, 20240212, 20240301, 20240410, 20240501, 20240506,
+    20240515, 20240606, 20240815, 20240916, 20240917, 20240918, 20241001, 20241003, 20241009, 20241225, 20241231,
 };
 
 // splitmix64: a small generator whose sequence is fixed by its seed on
@@ -104,9 +103,15 @@ void SetVariables(CArray<VAR, ARG>& array, std::initializer_list<VariableSpec> s
   }
 }
 
-void SetHeader(CDBSubBase& record, const wchar_t* name, const wchar_t* description) {
+// A record of the sample: its name, description and formula, every other
+// field at its default until the caller sets it.
+template <class RECORD>
+RECORD Named(const wchar_t* name, const wchar_t* description, const wchar_t* formula) {
+  RECORD record;
   record.m_strText1 = name;
   record.m_strText2 = description;
+  record.m_strText3 = formula;
+  return record;
 }
 
 CDBSubINDICA_ELM Element(const wchar_t* title, const wchar_t* series, COLORREF up, COLORREF down, int thickness) {
@@ -152,9 +157,10 @@ class SampleWriter {
  public:
   explicit SampleWriter(std::string root) : root_(std::move(root)) {}
 
-  void Definition(LogicKind kind, const std::string& title, CDBSubBase& record, const std::string& extension = "") {
+  // Saves record as "<its name><extension>" in its kind's folder.
+  void Definition(LogicKind kind, CDBSubBase& record, const std::string& extension = "") {
     const KindInfo& info = KindOf(kind);
-    const std::string file = title + (extension.empty() ? info.extensions.front() : extension);
+    const std::string file = Utf8(record.m_strText1) + (extension.empty() ? info.extensions.front() : extension);
     const std::string relative = "Logic/" + FolderName(info) + "/" + file;
     CFileException error;
     if (!SaveRecordFile(Wide(JoinPath(root_, relative)), record, &error)) {
@@ -189,7 +195,7 @@ void Function(SampleWriter& out, const wchar_t* name, const wchar_t* script, con
   record.nU01 = parameters;
   record.m_strText3 = callForm;
   record.m_strText4 = comment;
-  out.Definition(LogicKind::kFunct, Utf8(name), record, extension);
+  out.Definition(LogicKind::kFunct, record, extension);
 }
 
 void WriteFunctions(SampleWriter& out) {
@@ -203,8 +209,8 @@ void WriteFunctions(SampleWriter& out) {
            L"// Where Price stands in the band: 0 at Lower, 100 at Upper\r\n"
            L"BandPosition = (Price - Lower) / max(Upper - Lower, 0.0001) * 100;",
            L"BandPosition(Price, Upper, Lower)", 3, L"Position of a price inside a band, in percent", ".fct");
-  Function(out, L"GapRatio", L"GapRatio = (Close - MA(Close, Period)) / MA(Close, Period) * 100;",
-           L"GapRatio(Period)", 1, L"Distance of the close from its moving average, in percent", ".fct");
+  Function(out, L"GapRatio", L"GapRatio = (Close - MA(Close, Period)) / MA(Close, Period) * 100;", L"GapRatio(Period)",
+           1, L"Distance of the close from its moving average, in percent", ".fct");
   Function(out, L"VolumeSpike", L"VolumeSpike = Volume > Avg(Volume, Period) * Ratio;", L"VolumeSpike(Period, Ratio)",
            2, L"True on a bar whose volume exceeds Ratio times its average", ".fct");
   out.Text("Logic/" + FolderName(KindOf(LogicKind::kFunct)) + "/New_Function.dat",
@@ -213,14 +219,13 @@ void WriteFunctions(SampleWriter& out) {
 }
 
 void WriteIndicators(SampleWriter& out) {
-  CDBSubINDICA momentum;
-  SetHeader(momentum, L"PriceMomentum", L"Momentum of the close in percent, with a smoothed signal line");
-  momentum.m_strText3 =
-      L"// Momentum of the close against Period bars ago, in percent\r\n"
-      L"Value = (C - Ref(C, Period)) / Ref(C, Period) * 100;\r\n"
-      L"Signal = EAvg(Value, SignalPeriod);   /* smoothed */\r\n"
-      L"if crossup(Value, Signal) and volume > Avg(volume, 20) then \"buy\";\r\n"
-      L"만일 Value < -5 and GapRatio(20) < 0 then \"매도 주의\";";
+  auto momentum =
+      Named<CDBSubINDICA>(L"PriceMomentum", L"Momentum of the close in percent, with a smoothed signal line",
+                          L"// Momentum of the close against Period bars ago, in percent\r\n"
+                          L"Value = (C - Ref(C, Period)) / Ref(C, Period) * 100;\r\n"
+                          L"Signal = EAvg(Value, SignalPeriod);   /* smoothed */\r\n"
+                          L"if crossup(Value, Signal) and volume > Avg(volume, 20) then \"buy\";\r\n"
+                          L"만일 Value < -5 and GapRatio(20) < 0 then \"매도 주의\";");
   momentum.nA01 = 1;
   momentum.nA03 = 2;
   momentum.clrA08 = RGB(220, 50, 47);
@@ -230,96 +235,86 @@ void WriteIndicators(SampleWriter& out) {
   momentum.m_arrElement.Add(Element(L"Signal", L"Signal", RGB(133, 153, 0), RGB(133, 153, 0), 1));
   SetVariables(momentum.m_arrVariable, {{L"Period", 0, 10}, {L"SignalPeriod", 0, 9}});
   momentum.m_arrBase.Add(BaseLine(0.0));
-  out.Definition(LogicKind::kIndica, "PriceMomentum", momentum);
+  out.Definition(LogicKind::kIndica, momentum);
 
-  CDBSubINDICA width;
-  SetHeader(width, L"BandWidthPct", L"Width of the standard-deviation band as a percentage of its middle");
-  width.m_strText3 =
-      L"Upper = MA(C, Period) + StdDev(C, Period) * Width;\r\n"
-      L"Lower = MA(C, Period) - StdDev(C, Period) * Width;\r\n"
-      L"Value = (Upper - Lower) / MA(C, Period) * 100;";
+  auto width =
+      Named<CDBSubINDICA>(L"BandWidthPct", L"Width of the standard-deviation band as a percentage of its middle",
+                          L"Upper = MA(C, Period) + StdDev(C, Period) * Width;\r\n"
+                          L"Lower = MA(C, Period) - StdDev(C, Period) * Width;\r\n"
+                          L"Value = (Upper - Lower) / MA(C, Period) * 100;");
   width.m_arrElement.Add(Element(L"BandWidth", L"Value", RGB(108, 113, 196), RGB(108, 113, 196), 1));
   SetVariables(width.m_arrVariable, {{L"Period", 0, 20}, {L"Width", 1, 2.0}});
   width.m_arrBase.Add(BaseLine(10.0));
-  out.Definition(LogicKind::kIndica, "BandWidthPct", width);
+  out.Definition(LogicKind::kIndica, width);
 
-  CDBSubINDICA volume;
-  SetHeader(volume, L"VolumeTrend", L"Short volume average against the long one, in percent");
-  volume.m_strText3 = L"Value = Avg(volume, Short) / Avg(volume, Long) * 100;";
+  auto volume = Named<CDBSubINDICA>(L"VolumeTrend", L"Short volume average against the long one, in percent",
+                                    L"Value = Avg(volume, Short) / Avg(volume, Long) * 100;");
   volume.nA01 = 2;
   volume.m_arrElement.Add(Element(L"VolumeRatio", L"Value", RGB(42, 161, 152), RGB(211, 54, 130), 2));
   SetVariables(volume.m_arrVariable, {{L"Short", 0, 5}, {L"Long", 0, 20}});
   volume.m_arrBase.Add(BaseLine(100.0));
-  out.Definition(LogicKind::kIndica, "VolumeTrend", volume);
+  out.Definition(LogicKind::kIndica, volume);
 }
 
 void WriteSignals(SampleWriter& out) {
-  CDBSubSIGNAL golden;
-  SetHeader(golden, L"GoldenCross", L"The short moving average crosses above the long one");
-  golden.m_strText3 = L"crossup(MA(C, Short), MA(C, Long))";
+  auto golden = Named<CDBSubSIGNAL>(L"GoldenCross", L"The short moving average crosses above the long one",
+                                    L"crossup(MA(C, Short), MA(C, Long))");
   golden.m_strText4 = L"골든크로스";
   golden.nS01 = 1;
   SetVariables(golden.m_arrVariable, {{L"Short", 0, 5}, {L"Long", 0, 20}});
-  out.Definition(LogicKind::kSignal, "GoldenCross", golden);
+  out.Definition(LogicKind::kSignal, golden);
 
-  CDBSubSIGNAL oversold;
-  SetHeader(oversold, L"RSIOversold", L"RSI climbs back above the oversold level");
-  oversold.m_strText3 = L"crossup(RSI(C, Period), Level)";
+  auto oversold = Named<CDBSubSIGNAL>(L"RSIOversold", L"RSI climbs back above the oversold level",
+                                      L"crossup(RSI(C, Period), Level)");
   oversold.m_strText4 = L"RSI 과매도 탈출";
   oversold.nS01 = 1;
   oversold.clrS04 = RGB(255, 128, 0);
   SetVariables(oversold.m_arrVariable, {{L"Period", 0, 14}, {L"Level", 0, 30}});
-  out.Definition(LogicKind::kSignal, "RSIOversold", oversold);
+  out.Definition(LogicKind::kSignal, oversold);
 
-  CDBSubSIGNAL breakout;
-  SetHeader(breakout, L"VolumeBreakout", L"A new high on heavy volume");
-  breakout.m_strText3 = L"C > Ref(highest(H, Period), 1) and VolumeSpike(Period, Ratio)";
+  auto breakout = Named<CDBSubSIGNAL>(L"VolumeBreakout", L"A new high on heavy volume",
+                                      L"C > Ref(highest(H, Period), 1) and VolumeSpike(Period, Ratio)");
   breakout.m_strText4 = L"거래량 동반 돌파";
   breakout.nS01 = 1;
   breakout.nS03 = 2;
   SetVariables(breakout.m_arrVariable, {{L"Period", 0, 20}, {L"Ratio", 1, 2.0}});
-  out.Definition(LogicKind::kSignal, "VolumeBreakout", breakout);
+  out.Definition(LogicKind::kSignal, breakout);
 }
 
 void WriteRegionsAndFills(SampleWriter& out) {
-  CDBSubREGION trend;
-  SetHeader(trend, L"StrongTrend", L"Bars where the trend strength is above Level");
-  trend.m_strText3 = L"ADX(Period) > Level";
+  auto trend =
+      Named<CDBSubREGION>(L"StrongTrend", L"Bars where the trend strength is above Level", L"ADX(Period) > Level");
   trend.m_strText4 = L"강한 추세 구간";
   SetVariables(trend.m_arrVariable, {{L"Period", 0, 14}, {L"Level", 0, 25}});
-  out.Definition(LogicKind::kRegion, "StrongTrend", trend);
+  out.Definition(LogicKind::kRegion, trend);
 
-  CDBSubREGION quiet;
-  SetHeader(quiet, L"LowVolatility", L"Bars where the band is narrower than Level percent");
-  quiet.m_strText3 = L"BollingerWidth(Period, 2) < Level";
+  auto quiet = Named<CDBSubREGION>(L"LowVolatility", L"Bars where the band is narrower than Level percent",
+                                   L"BollingerWidth(Period, 2) < Level");
   quiet.m_strText4 = L"변동성 축소 구간";
   quiet.clrR04 = RGB(255, 236, 179);
   SetVariables(quiet.m_arrVariable, {{L"Period", 0, 20}, {L"Level", 1, 5.0}});
-  out.Definition(LogicKind::kRegion, "LowVolatility", quiet);
+  out.Definition(LogicKind::kRegion, quiet);
 
-  CDBSubFILL bands;
-  SetHeader(bands, L"BollingerFill", L"Shades the area between the upper and lower band");
-  bands.m_strText3 = L"Bollinger_Up(Period, Width)";
+  auto bands = Named<CDBSubFILL>(L"BollingerFill", L"Shades the area between the upper and lower band",
+                                 L"Bollinger_Up(Period, Width)");
   bands.m_strText4 = L"Bollinger_Dn(Period, Width)";
   bands.m_strText5 = L"볼린저 밴드";
   bands.nF02 = 0;
   SetVariables(bands.m_arrVariable, {{L"Period", 0, 20}, {L"Width", 1, 2.0}});
-  out.Definition(LogicKind::kFill, "BollingerFill", bands);
+  out.Definition(LogicKind::kFill, bands);
 
-  CDBSubFILL cloud;
-  SetHeader(cloud, L"CloudFill", L"Shades the cloud between the two leading spans");
-  cloud.m_strText3 = L"IchimokuSenkouSpan1(Short, Middle)";
+  auto cloud = Named<CDBSubFILL>(L"CloudFill", L"Shades the cloud between the two leading spans",
+                                 L"IchimokuSenkouSpan1(Short, Middle)");
   cloud.m_strText4 = L"IchimokuSenkouSpan2(Middle, Long)";
   cloud.m_strText5 = L"구름대";
   cloud.clrF06 = RGB(200, 200, 255);
   SetVariables(cloud.m_arrVariable, {{L"Short", 0, 9}, {L"Middle", 0, 26}, {L"Long", 0, 52}});
-  out.Definition(LogicKind::kFill, "CloudFill", cloud);
+  out.Definition(LogicKind::kFill, cloud);
 }
 
 void WritePatternsAndOptimisations(SampleWriter& out) {
-  CDBSubPATTERN hammer;
-  SetHeader(hammer, L"Hammer", L"One candle: a small body at the top and a long lower shadow");
-  hammer.m_strText3 = L"min(O, C) - L >= (H - L) * ShadowRatio and abs(C - O) <= (H - L) * BodyRatio";
+  auto hammer = Named<CDBSubPATTERN>(L"Hammer", L"One candle: a small body at the top and a long lower shadow",
+                                     L"min(O, C) - L >= (H - L) * ShadowRatio and abs(C - O) <= (H - L) * BodyRatio");
   hammer.m_strText4 = L"망치형";
   CDBSubPATTERN_BONG candle;
   candle.nBong1 = 1;   // rising
@@ -328,12 +323,12 @@ void WritePatternsAndOptimisations(SampleWriter& out) {
   candle.nBong4 = 10;  // upper shadow
   hammer.m_arrBong.Add(candle);
   SetVariables(hammer.m_arrVariable, {{L"BodyRatio", 1, 0.3}, {L"ShadowRatio", 1, 0.6}});
-  out.Definition(LogicKind::kPattern, "Hammer", hammer);
+  out.Definition(LogicKind::kPattern, hammer);
 
-  CDBSubPATTERN star;
-  SetHeader(star, L"MorningStar", L"Three candles: a long fall, a small star, a long rise");
-  star.m_strText3 = L"Ref(C, 2) < Ref(O, 2) and abs(Ref(C, 1) - Ref(O, 1)) < (Ref(O, 2) - Ref(C, 2)) * Depth "
-                    L"and C > (Ref(O, 2) + Ref(C, 2)) / 2";
+  auto star =
+      Named<CDBSubPATTERN>(L"MorningStar", L"Three candles: a long fall, a small star, a long rise",
+                           L"Ref(C, 2) < Ref(O, 2) and abs(Ref(C, 1) - Ref(O, 1)) < (Ref(O, 2) - Ref(C, 2)) * Depth "
+                           L"and C > (Ref(O, 2) + Ref(C, 2)) / 2");
   star.m_strText4 = L"샛별형";
   star.nP04 = 3;
   const int candles[3][4] = {{-1, 70, 15, 15}, {0, 10, 45, 45}, {1, 70, 15, 15}};
@@ -351,22 +346,20 @@ void WritePatternsAndOptimisations(SampleWriter& out) {
     star.m_arrLine.Add(trend);
   }
   SetVariables(star.m_arrVariable, {{L"Depth", 1, 0.5}});
-  out.Definition(LogicKind::kPattern, "MorningStar", star);
+  out.Definition(LogicKind::kPattern, star);
 
-  CDBSubOPTIMIZE periods;
-  SetHeader(periods, L"GoldenCrossPeriods", L"Searches the two periods of GoldenCross for the best net profit");
-  periods.m_strText3 = L"GoldenCross";
+  auto periods = Named<CDBSubOPTIMIZE>(
+      L"GoldenCrossPeriods", L"Searches the two periods of GoldenCross for the best net profit", L"GoldenCross");
   CDBSubOPTIMIZE_ELM target;
   target.nE01 = 1;  // a signal
   target.strE05 = L"GoldenCross";
   periods.m_arrElement.Add(target);
   periods.m_arrVariable.Add(Range(L"Short", 3, 10, 1, 5));
   periods.m_arrVariable.Add(Range(L"Long", 10, 60, 5, 20));
-  out.Definition(LogicKind::kOptimize, "GoldenCrossPeriods", periods);
+  out.Definition(LogicKind::kOptimize, periods);
 
-  CDBSubOPTIMIZE levels;
-  SetHeader(levels, L"RSIThresholds", L"Searches the period and level of RSIOversold");
-  levels.m_strText3 = L"RSIOversold";
+  auto levels =
+      Named<CDBSubOPTIMIZE>(L"RSIThresholds", L"Searches the period and level of RSIOversold", L"RSIOversold");
   levels.nO02 = 2;
   CDBSubOPTIMIZE_ELM signal;
   signal.nE01 = 1;
@@ -374,7 +367,7 @@ void WritePatternsAndOptimisations(SampleWriter& out) {
   levels.m_arrElement.Add(signal);
   levels.m_arrVariable.Add(Range(L"Period", 7, 21, 7, 14));
   levels.m_arrVariable.Add(Range(L"Level", 20, 40, 5, 30));
-  out.Definition(LogicKind::kOptimize, "RSIThresholds", levels);
+  out.Definition(LogicKind::kOptimize, levels);
 }
 
 // ---------------------------------------------------------------------------
@@ -407,18 +400,18 @@ std::string Readme(const SampleWriter& out, int bars) {
     for (char c : formula) text += c == '\n' ? std::string("\n  ") : std::string(1, c);
     text += "\n  ```\n";
   }
-  text +=
-      "\n`Logic/" + FolderName(KindOf(LogicKind::kFunct)) +
-      "/New_Function.dat` lists the functions for the script editor: the system functions (`.bic`, inserted\n"
-      "as their name and \"()\") and the user functions (`.fct`, inserted as their call form).\n\n"
-      "## Daily bars\n\n"
-      "`" + std::string(kSampleBarsFile) + "`: " + std::to_string(bars) +
-      " daily bars of the made-up share 900010, every trading day of 2023 and 2024 (weekends and the\n"
-      "market's holidays left out), as `date,open,high,low,close,volume`. Prices follow a seeded random walk\n"
-      "from 52,000 and sit on the share tick table (`GetTickValue`).\n\n"
-      "## The other folders\n\n"
-      "`Logic/Market`, `Save`, `Templ`, `Event` and the user branch `Local_demo` (`Data`, `Image`, `Result`,\n"
-      "`Save`, `Templ`) are the rest of the workspace layout; an empty one holds a `.keep` file.\n";
+  text += "\n`Logic/" + FolderName(KindOf(LogicKind::kFunct)) +
+          "/New_Function.dat` lists the functions for the script editor: the system functions (`.bic`, inserted\n"
+          "as their name and \"()\") and the user functions (`.fct`, inserted as their call form).\n\n"
+          "## Daily bars\n\n"
+          "`" +
+          std::string(kSampleBarsFile) + "`: " + std::to_string(bars) +
+          " daily bars of the made-up share 900010, every trading day of 2023 and 2024 (weekends and the\n"
+          "market's holidays left out), as `date,open,high,low,close,volume`. Prices follow a seeded random walk\n"
+          "from 52,000 and sit on the share tick table (`GetTickValue`).\n\n"
+          "## The other folders\n\n"
+          "`Logic/Market`, `Save`, `Templ`, `Event` and the user branch `Local_demo` (`Data`, `Image`, `Result`,\n"
+          "`Save`, `Templ`) are the rest of the workspace layout; an empty one holds a `.keep` file.\n";
   return text;
 }
 
@@ -438,8 +431,8 @@ std::string SampleBarsCsv() {
     const std::int64_t low = Move(std::min(open, next), -random.Between(0, 150), Round::kDown);
     const std::int64_t size = change < 0 ? -change : change;  // busier on big days
     const std::int64_t volume = (800000 + random.Between(0, 600000) + size * 4000) / 100 * 100;
-    csv += std::to_string(day) + "," + std::to_string(open) + "," + std::to_string(high) + "," +
-           std::to_string(low) + "," + std::to_string(next) + "," + std::to_string(volume) + "\n";
+    csv += std::to_string(day) + "," + std::to_string(open) + "," + std::to_string(high) + "," + std::to_string(low) +
+           "," + std::to_string(next) + "," + std::to_string(volume) + "\n";
     close = next;
   }
   return csv;
@@ -466,9 +459,7 @@ std::vector<std::string> WriteSampleWorkspace(const std::string& root) {
     std::string native = Utf8(chartcore::ToNativePath(folder));
     while (!native.empty() && (native.back() == '/' || native.back() == '\\')) native.pop_back();
     if (std::filesystem::is_empty(std::filesystem::u8path(native), ec) && !ec) {
-      std::string relative = native.substr(std::min(native.size(), root.size()));
-      while (!relative.empty() && (relative.front() == '/' || relative.front() == '\\')) relative.erase(0, 1);
-      out.Text(relative + "/.keep", std::string());
+      out.Text(RelativePath(root, native) + "/.keep", std::string());
     }
   }
   std::vector<std::string> written = out.written();

@@ -42,6 +42,9 @@ int RunTool(int argc, const char* const* argv, ToolContext& context) {
   CLI::App app("chartcore: the sample workspace tour, definition files as JSON, formula colouring and value "
                "formatting of the chartcore library.",
                "chartcore");
+  // On Windows CLI11 would read "/dir" as an option; paths come that way
+  // from Unix-style shells and under Wine.
+  app.allow_windows_style_options(false);
   app.set_version_flag("--version", std::string("chartcore ") + chartcore::GetLibraryVersion());
   app.require_subcommand(1);
   for (const ToolCommand& command : Commands()) command.add(app, context);

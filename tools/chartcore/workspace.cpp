@@ -28,16 +28,6 @@ std::string NativeText(const CString& path) {
   return text;
 }
 
-std::string RelativeTo(const std::string& root, const std::string& path) {
-  std::string base = NativeText(Wide(root));
-  if (path.compare(0, base.size(), base) == 0 && path.size() > base.size()) {
-    std::string rest = path.substr(base.size());
-    while (!rest.empty() && (rest.front() == '/' || rest.front() == '\\')) rest.erase(0, 1);
-    return rest;
-  }
-  return path;
-}
-
 // The files (not folders) matching pattern, as (name, native path), sorted.
 std::vector<std::pair<std::string, std::string>> FindFiles(const CString& pattern, bool folders) {
   std::vector<std::pair<std::string, std::string>> found;
@@ -135,7 +125,7 @@ std::vector<DefinitionFile> ListDefinitions(const std::string& root) {
     for (const auto& file : FindFiles(kind.folder(Wide(root)) + L"*.*", false)) {
       for (const std::string& extension : kind.extensions) {
         if (!EndsWithNoCase(file.first, extension)) continue;
-        list.push_back({&kind, file.second, RelativeTo(root, file.second),
+        list.push_back({&kind, file.second, RelativePath(root, file.second),
                         file.first.substr(0, file.first.size() - extension.size())});
         break;
       }
@@ -158,6 +148,19 @@ std::vector<std::string> FindBarFiles(const std::string& root) {
   }
   std::sort(files.begin(), files.end());
   return files;
+}
+
+std::string RelativePath(const std::string& root, const std::string& path) {
+  const std::string base = NativeText(Wide(root));
+  std::string rest = path;
+  if (path.compare(0, base.size(), base) == 0 && path.size() > base.size()) {
+    rest = path.substr(base.size());
+    while (!rest.empty() && (rest.front() == '/' || rest.front() == '\\')) rest.erase(0, 1);
+  }
+  for (char& c : rest) {
+    if (c == '\\') c = '/';
+  }
+  return rest;
 }
 
 std::string WorkspaceRootOf(const std::string& path) {

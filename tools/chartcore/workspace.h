@@ -88,6 +88,10 @@ std::vector<DefinitionFile> ListDefinitions(const std::string& root);
 // Local branches ("Data" directly below root, and "Local*/Data"), sorted.
 std::vector<std::string> FindBarFiles(const std::string& root);
 
+// RelativePath: path below root with "/" separators (path itself, with "/"
+// separators, when it is not below root).
+std::string RelativePath(const std::string& root, const std::string& path);
+
 // WorkspaceRootOf: the workspace a file lies in when it is in one of the
 // logic folders ("<root>/Logic/<folder>/<file>"), else "".
 std::string WorkspaceRootOf(const std::string& path);

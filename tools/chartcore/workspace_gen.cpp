@@ -12,6 +12,9 @@
 
 int main(int argc, char** argv) {
   CLI::App app("Writes the chartcore sample workspace into DIR", "chartcore_workspace_gen");
+  // On Windows CLI11 would read "/dir" as an option; paths come that way
+  // from the build (under Wine) and from Unix-style shells.
+  app.allow_windows_style_options(false);
   std::string root;
   bool replace = false;
   app.add_option("DIR", root, "The folder to write (created when missing)")->required();
