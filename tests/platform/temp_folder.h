@@ -1,24 +1,19 @@
-// A temporary folder for tests that touch real files, with small helpers to
-// read and write its files directly (bypassing the classes under test).
+// A temporary folder for the platform tests that touch real files, with small
+// helpers to read and write its files directly (bypassing the classes under
+// test), and the system error numbers the file classes report.
 #ifndef CHARTCORE_TESTS_PLATFORM_TEMP_FOLDER_H_
 #define CHARTCORE_TESTS_PLATFORM_TEMP_FOLDER_H_
 
-#include <dirent.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#if defined(_WIN32)
-#include <direct.h>
-#endif
-
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "chartcore/platform/cstring.h"
+#include "common/temp_dir.h"
 
 namespace chartcore_test {
 
@@ -36,67 +31,26 @@ constexpr long kOsDiskFull = ENOSPC;
 constexpr long kOsIoError = EIO;
 #endif
 
-// A fresh folder per test, removed with everything in it afterwards.
+// TempFolder: the shared scratch folder (common/temp_dir.h) in the shape the
+// platform tests use: flat names, the library's path form and native paths.
 class TempFolder {
  public:
-  TempFolder() {
-#if defined(_WIN32)
-    // No mkdtemp: the process id and a counter under the user's temp folder.
-    static unsigned serial = 0;
-    char base[MAX_PATH + 1];
-    const DWORD length = GetTempPathA(MAX_PATH + 1, base);
-    for (int attempt = 0; length > 0 && attempt < 1000 && m_native.empty(); ++attempt) {
-      const std::string candidate = std::string(base, length) + "chartcore_file" +
-                                    std::to_string(GetCurrentProcessId()) + "_" + std::to_string(serial++);
-      if (_mkdir(candidate.c_str()) == 0) m_native = candidate;
-    }
-#else
-    char tmpl[] = "/tmp/chartcore_fileXXXXXX";
-    const char* made = mkdtemp(tmpl);
-    if (made != nullptr) m_native = made;
-#endif
-  }
-  ~TempFolder() { RemoveTree(m_native); }
-  // The folder in the library's form: "/tmp/chartcore_fileXXXX\" + name.
-  CString Path(const wchar_t* name) const {
-    return CString(std::wstring(m_native.begin(), m_native.end()).c_str()) + L"\\" + name;
-  }
-  std::string Native(const char* name) const { return m_native + "/" + name; }
+  // The folder in the library's form: "<temp>/chartcore_ws_…\" + name.
+  CString Path(const wchar_t* name) const { return CString(m_dir.root().wstring().c_str()) + L"\\" + name; }
+  std::string Native(const char* name) const { return m_dir.root().string() + "/" + name; }
+  // The names in the folder, in the system's listing order.
   std::vector<std::string> Names() const {
     std::vector<std::string> names;
-    if (DIR* d = opendir(m_native.c_str())) {
-      while (const dirent* e = readdir(d))
-        if (std::strcmp(e->d_name, ".") != 0 && std::strcmp(e->d_name, "..") != 0) names.push_back(e->d_name);
-      closedir(d);
+    std::error_code ec;
+    for (auto it = std::filesystem::directory_iterator(m_dir.root(), ec); !ec && it != std::filesystem::end(it);
+         it.increment(ec)) {
+      names.push_back(it->path().filename().u8string());
     }
     return names;
   }
 
  private:
-  static void RemoveTree(const std::string& path) {
-    if (path.empty()) return;
-    if (DIR* d = opendir(path.c_str())) {
-      while (const dirent* e = readdir(d)) {
-        if (std::strcmp(e->d_name, ".") == 0 || std::strcmp(e->d_name, "..") == 0) continue;
-        const std::string child = path + "/" + e->d_name;
-        struct stat st;
-#if defined(_WIN32)
-        // No links to follow; read-only files must become writable to go.
-        chmod(child.c_str(), _S_IREAD | _S_IWRITE);
-        if (stat(child.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) {
-#else
-        if (lstat(child.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) {
-#endif
-          RemoveTree(child);
-        } else {
-          unlink(child.c_str());
-        }
-      }
-      closedir(d);
-    }
-    rmdir(path.c_str());
-  }
-  std::string m_native;
+  TempDir m_dir;
 };
 
 inline std::string ReadAll(const std::string& native) {
