@@ -258,6 +258,9 @@ TEST(ToolErrors, MissingCorruptAndUnknownGiveOneLineAndWriteNothing) {
                                                                         ": not valid JSON (parse error at line 1",
                                                                     0),
             0u);
+  WriteBytes(dir / "good.json", R"({"kind": "SIGNAL", "record": {}})");
+  EXPECT_EQ(Cli({"pack", dir / "good.json", "-o", dir / "no/such.sig"}).err,
+            "chartcore pack: " + (dir / "no/such.sig") + ": cannot write (no folder " + (dir / "no") + ")\n");
   WriteBytes(dir / "bad.json", R"({"kind": "SIGNAL", "record": {"m_arrVariable": [{"nValue": "x"}]}})");
   EXPECT_EQ(Cli({"pack", dir / "bad.json", "-o", target}).err,
             "chartcore pack: " + (dir / "bad.json") +

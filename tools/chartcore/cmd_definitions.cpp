@@ -87,6 +87,11 @@ void RunPack(const PackOptions& options, ToolContext& context) {
   }
   Framing framing = Framing::kPlain;
   std::unique_ptr<CDBSubBase> record = DefinitionFromJson(doc, forced, framing, options.json);
+  std::error_code ec;
+  const std::filesystem::path folder = std::filesystem::u8path(options.output).parent_path();
+  if (!folder.empty() && !std::filesystem::is_directory(folder, ec)) {
+    throw ToolError(options.output + ": cannot write (no folder " + folder.u8string() + ")");
+  }
   CFileException error;
   const CString target = Wide(options.output);
   const BOOL saved = framing == Framing::kObject ? SaveRecordObjectFile(target, *record, &error)

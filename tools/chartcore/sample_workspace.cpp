@@ -167,7 +167,13 @@ class SampleWriter {
       throw ToolError(JoinPath(root_, relative) + ": cannot write (" + FileErrorText(error.m_cause) + ")");
     }
     written_.push_back(relative);
-    entries_.push_back({&info, file, Utf8(record.m_strText2), Utf8(FormulaText(record))});
+    if (auto* function = dynamic_cast<CDBSubFUNCT*>(&record)) {
+      // A function is listed by its call form and comment, with its script.
+      entries_.push_back({&info, file, "`" + Utf8(function->m_strText3) + "`, " + Utf8(function->m_strText4),
+                          Utf8(function->m_strText2)});
+    } else {
+      entries_.push_back({&info, file, Utf8(record.m_strText2), Utf8(FormulaText(record))});
+    }
   }
 
   void Text(const std::string& relative, const std::string& text) {
@@ -381,9 +387,9 @@ std::string Readme(const SampleWriter& out, int bars) {
       "same bytes. `chartcore demo` tours a copy of it, `chartcore workspace init DIR --samples` writes it into\n"
       "a new workspace, and `chartcore inspect FILE` prints any of its definition files as JSON.\n\n"
       "Every definition file holds one record (the record's own bytes, read by the kind of its folder). The\n"
-      "first text of a record is its name and the second its description (for functions: the script), the\n"
-      "third its formula (for functions: the call form the editor inserts); a variable's integer is the number\n"
-      "of decimals the sample shows for it.\n\n"
+      "first text of a record is its name and the second its description, the third its formula; a function\n"
+      "keeps its script in the second text, its call form (what the editor inserts) in the third and its\n"
+      "comment in the fourth. A variable's integer is the number of decimals the sample shows for it.\n\n"
       "## Definitions\n";
   const KindInfo* kind = nullptr;
   for (const Entry& entry : out.entries()) {
@@ -401,13 +407,14 @@ std::string Readme(const SampleWriter& out, int bars) {
     text += "\n  ```\n";
   }
   text += "\n`Logic/" + FolderName(KindOf(LogicKind::kFunct)) +
-          "/New_Function.dat` lists the functions for the script editor: the system functions (`.bic`, inserted\n"
-          "as their name and \"()\") and the user functions (`.fct`, inserted as their call form).\n\n"
+          "/New_Function.dat` lists the functions for the script editor: the system\n"
+          "functions (`.bic`, inserted as their name and \"()\") and the user functions (`.fct`, inserted as\n"
+          "their call form).\n\n"
           "## Daily bars\n\n"
           "`" +
           std::string(kSampleBarsFile) + "`: " + std::to_string(bars) +
-          " daily bars of the made-up share 900010, every trading day of 2023 and 2024 (weekends and the\n"
-          "market's holidays left out), as `date,open,high,low,close,volume`. Prices follow a seeded random walk\n"
+          " daily bars of the made-up share 900010, every trading day of 2023\n"
+          "and 2024 (weekends and the market's holidays left out), as `date,open,high,low,close,volume`. Prices follow a seeded random walk\n"
           "from 52,000 and sit on the share tick table (`GetTickValue`).\n\n"
           "## The other folders\n\n"
           "`Logic/Market`, `Save`, `Templ`, `Event` and the user branch `Local_demo` (`Data`, `Image`, `Result`,\n"
