@@ -44,8 +44,9 @@ TEST(ToolInspect, PrintsEveryFieldOfASignalAsExactJson) {
   EXPECT_EQ(run.err, "");
   // Archive order; the colour as 0x00BBGGRR text; the no-value mark as the
   // largest double; Korean text as UTF-8.
+  // (The file name as a JSON string: Windows paths have escaped backslashes.)
   const std::string expected = R"json({
-  "file": ")json" + file + R"json(",
+  "file": )json" + Json(file).dump() + R"json(,
   "kind": "SIGNAL",
   "class": "CDBSubSIGNAL",
   "framing": "plain",
