@@ -220,6 +220,17 @@ TEST(ToolDemo, ToursAWorkspaceWithItsDefinitionsBarsAndFormula) {
   EXPECT_NE(run.out.find("prices under format code 2"), std::string::npos);
   EXPECT_NE(run.out.find(".00  "), std::string::npos);  // two decimals
   EXPECT_EQ(Cli({"demo", "--workspace", ws / "none"}).err, "chartcore demo: " + (ws / "none") + ": not a folder\n");
+
+  // A damaged workspace is still toured: the damage is named in place.
+  WriteBytes(ws / "Logic/Region/StrongTrend.reg", "\x01");
+  WriteBytes(ws / chartcore::tool::kSampleBarsFile, "date,open,high,low,close,volume\n20240102,1,2\n");
+  run = Cli({"demo", "--workspace", ws.path(), "--color", "never"});
+  EXPECT_EQ(run.code, 0) << run.err;
+  EXPECT_NE(run.out.find("  REGION   2  LowVolatility, StrongTrend (unreadable)\n"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("StrongTrend.reg: corrupt REGION definition (archive cause endOfFile"), std::string::npos);
+  EXPECT_NE(run.out.find(":2: expected 6 fields (date, open, high, low, close, volume), found 3\n"),
+            std::string::npos);
+  EXPECT_NE(run.out.find("Formula of PriceMomentum"), std::string::npos);
 }
 
 TEST(ToolCli, VersionHelpAndUsageErrors) {

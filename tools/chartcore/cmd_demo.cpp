@@ -128,7 +128,12 @@ std::string Bars(const std::string& root, int code) {
   const std::vector<std::string> files = FindBarFiles(root);
   if (files.empty()) return "Daily bars: no .csv file in the Data folders of the Local branches\n";
   const std::string& path = files.front();
-  CPacketMemory bars = LoadBarFile(path, kSessionClose);
+  CPacketMemory bars;
+  try {
+    bars = LoadBarFile(path, kSessionClose);
+  } catch (const ToolError& e) {
+    return std::string("Daily bars: ") + e.what() + "\n";  // the rest of the tour still runs
+  }
   const int size = bars.GetPacketSize();
   const std::string relative = RelativePath(root, path);
   if (size == 0) return "Daily bars: " + relative + " holds no bars\n";
