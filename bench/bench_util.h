@@ -122,12 +122,13 @@ inline void ResetPeak() {
 // Allocation counting (opt-in)
 // ---------------------------------------------------------------------------
 
-// Allocations: how many times the global operator new ran so far (0 in a
-// program that did not opt in).
+// AllocationCounter: the count the replaced operator new adds to.
 inline std::atomic<std::size_t>& AllocationCounter() {
   static std::atomic<std::size_t> count{0};
   return count;
 }
+// Allocations: how many times the global operator new ran so far (0 in a
+// program that did not opt in).
 inline std::size_t Allocations() { return AllocationCounter().load(std::memory_order_relaxed); }
 
 }  // namespace chartcore_bench
