@@ -39,20 +39,18 @@ struct Fault {
 // The injected errors are the system's own numbers: errno on Linux, the
 // GetLastError codes on Windows.
 #if defined(_WIN32)
-const Fault kFaults[] = {
-    {FileOperation::kWrite, ERROR_DISK_FULL, CFileException::diskFull, "write"},
-    {FileOperation::kFlush, ERROR_WRITE_FAULT, CFileException::hardIO, "flush"},
-    {FileOperation::kRename, ERROR_ACCESS_DENIED, CFileException::accessDenied, "rename"},
-    {FileOperation::kClose, ERROR_GEN_FAILURE, CFileException::hardIO, "close"},
-};
+constexpr long kDiskFull = ERROR_DISK_FULL, kWriteFault = ERROR_WRITE_FAULT, kDenied = ERROR_ACCESS_DENIED,
+               kIoError = ERROR_GEN_FAILURE;
 #else
-const Fault kFaults[] = {
-    {FileOperation::kWrite, ENOSPC, CFileException::diskFull, "write"},
-    {FileOperation::kFlush, EIO, CFileException::hardIO, "flush"},
-    {FileOperation::kRename, EACCES, CFileException::accessDenied, "rename"},
-    {FileOperation::kClose, EIO, CFileException::hardIO, "close"},
-};
+constexpr long kDiskFull = ENOSPC, kWriteFault = EIO, kDenied = EACCES, kIoError = EIO;
 #endif
+
+const Fault kFaults[] = {
+    {FileOperation::kWrite, kDiskFull, CFileException::diskFull, "write"},
+    {FileOperation::kFlush, kWriteFault, CFileException::hardIO, "flush"},
+    {FileOperation::kRename, kDenied, CFileException::accessDenied, "rename"},
+    {FileOperation::kClose, kIoError, CFileException::hardIO, "close"},
+};
 
 // What one save attempt reports: whether it claims success, and the cause it
 // gives for a failure (kNoCause when the writer has no way to give one).
@@ -198,9 +196,14 @@ TEST(FaultInjection, TextBufferSaveKeepsOldFileAndModifiedFlag) {
 TEST(FaultInjection, LogLineIsAppendedWholeOrNotAtAll) {
   TempDir dir;
   const std::string oldBytes = "09:00:00 start\n";
-  const std::string line = "09:00:01 주문 전송\n";
+  // The log is a text file: "\n" goes out as the platform's line end.
+#if defined(_WIN32)
+  const std::string line = "09:00:01 order sent\r\n";
+#else
+  const std::string line = "09:00:01 order sent\n";
+#endif
   const Sweep sweep = SweepFaults(dir, "Local", "trade.log", oldBytes, oldBytes + line, [&] {
-    WriteLog(dir.lib("Local/trade.log"), L"09:00:01 주문 전송\n");
+    WriteLog(dir.lib("Local/trade.log"), L"09:00:01 order sent\n");
     return Outcome{true, kNoCause};
   }, /*reportsResult=*/false);
   // The log goes through the framework's file code: its write and close are
