@@ -250,3 +250,65 @@ TEST(ViewerLaunch, SpreadsheetFoundOnPathAndItsVersion) {
   EXPECT_TRUE(HasNoChildren());
 }
 #endif
+
+#if defined(_WIN32)
+namespace {
+
+// A spreadsheet server registered among the machine's classes (those of the
+// test's own Wine prefix), removed afterwards. Only looked up: nothing is
+// started.
+constexpr const wchar_t* kSheetClsid = L"{6F0C2D1A-8E3B-4C57-9A61-2B7E5D4C3F10}";
+
+class RegisteredSheet {
+ public:
+  RegisteredSheet() {
+    m_registered = Set(L"Software\\Classes\\ChartcoreTest.Sheet\\CLSID", kSheetClsid) &&
+                   Set(L"Software\\Classes\\ChartcoreTest.Sheet\\CurVer", L"ChartcoreTest.Sheet.16") &&
+                   Set(ServerKey() + L"\\LocalServer32", L" \"C:\\Office 16\\SHEET.EXE\" /automation");
+  }
+  // False without the right to write the machine's classes.
+  bool registered() const { return m_registered; }
+  ~RegisteredSheet() {
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"Software\\Classes\\ChartcoreTest.Sheet");
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, ServerKey().c_str());
+  }
+  RegisteredSheet(const RegisteredSheet&) = delete;
+  RegisteredSheet& operator=(const RegisteredSheet&) = delete;
+
+ private:
+  static std::wstring ServerKey() { return std::wstring(L"Software\\Classes\\CLSID\\") + kSheetClsid; }
+  static bool Set(const std::wstring& subKey, const std::wstring& value) {
+    HKEY key = nullptr;
+    if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, subKey.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr) !=
+        ERROR_SUCCESS) {
+      return false;
+    }
+    const LONG set = RegSetValueExW(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
+                                    static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
+    RegCloseKey(key);
+    return set == ERROR_SUCCESS;
+  }
+  bool m_registered;
+};
+
+}  // namespace
+
+TEST(ViewerLaunch, SpreadsheetFoundInTheRegistryWithoutStartingIt) {
+  MessageCapture messages;
+  RegisteredSheet sheet;
+  if (!sheet.registered()) GTEST_SKIP() << "the machine's classes are not writable";
+  wchar_t buffer[255];
+  EXPECT_EQ(GetAppPath(L"ChartcoreTest.Sheet", buffer, 255), 1);
+  EXPECT_EQ(std::wstring(buffer), L"C:\\Office 16\\SHEET.EXE");  // quotes and switches dropped
+  EXPECT_EQ(GetAppVersion(L"ChartcoreTest.Sheet", buffer, 255), 1);
+  EXPECT_EQ(std::wstring(buffer), L"16");  // what follows the last dot of CurVer
+  EXPECT_EQ(GetAppPath(L"ChartcoreTest.Sheet", buffer, 254), 0);  // buffer too small
+  EXPECT_TRUE(messages.shown().empty());
+  // An unknown class: the user is told, and no version is found.
+  EXPECT_EQ(GetAppPath(L"ChartcoreTest.Missing", buffer, 255), 0);
+  ASSERT_EQ(messages.shown().size(), 1u);
+  EXPECT_EQ(messages.shown()[0].text, L"Could not get CLSID from ProgID, Make sure ProgID is correct");
+  EXPECT_EQ(GetAppVersion(L"ChartcoreTest.Missing", buffer, 255), 0);
+  EXPECT_EQ(messages.shown().size(), 1u);
+}
+#endif
