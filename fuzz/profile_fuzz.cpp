@@ -4,6 +4,7 @@
 // the values read again. Checked: results always fit and are terminated, a cut
 // value is the prefix of the whole one, a key just written reads back, and
 // writing one key changes no other key's value.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -38,7 +39,14 @@ std::vector<std::wstring> ReadList(LPCWSTR app, const wchar_t* file, DWORD size)
   // empty list is two terminators alone); a list cut to the buffer ends with
   // two terminators after what fitted.
   const bool twoTerminators = out[n] == L'\0' && ((n > 0 && out[n - 1] == L'\0') || (n + 1 < size && out[n + 1] == L'\0'));
-  if (n > size - 1 || !twoTerminators || out[size] != L'\x7F') Fault();
+  if (n > size - 1 || out[size] != L'\x7F') Fault();
+  if (!twoTerminators) {
+    // The keys of a section that is not there: the default, cut to the
+    // buffer and ended once, as for a missing key.
+    const DWORD expect = std::min<DWORD>(6, size - 1);
+    if (app == nullptr || n != expect || out[n] != L'\0' || std::wcsncmp(out.data(), L"unused", n) != 0) Fault();
+    return {};
+  }
   std::vector<std::wstring> names;
   for (DWORD i = 0; i < n;) {
     const std::wstring name(out.data() + i);
@@ -59,7 +67,10 @@ std::wstring ReadValue(const std::wstring& app, const std::wstring& key, const w
   if (!thorough) return whole;
   std::vector<wchar_t> small(smallSize + 1, L'\x7F');
   const DWORD m = GetPrivateProfileStringW(app.c_str(), key.c_str(), L"default ", small.data(), smallSize, file);
-  if (m != std::min<DWORD>(n, smallSize - 1) || small[m] != L'\0' || small[smallSize] != L'\x7F' ||
+  // A quoted value read into a buffer of exactly its length plus one loses
+  // its last character (the closing quote still counted), as the system does.
+  const bool quoteCut = n > 0 && smallSize - 1 == n && m + 1 == n;
+  if ((m != std::min<DWORD>(n, smallSize - 1) && !quoteCut) || small[m] != L'\0' || small[smallSize] != L'\x7F' ||
       whole.compare(0, m, small.data(), m) != 0) {
     Fault();
   }
