@@ -233,6 +233,8 @@ TEST(FormattingParse, ReadsEveryFormOfTheFormatterBack) {
       {L"101`3", 69, 101.3},                                   // tenths: nearest double of 101.3
       {L"134`012", 77, 134.0 + 1.25 / 32}, {L"134`167", 77, 134.0 + 16.75 / 32}, {L"134`165", 76, 134.0 + 16.5 / 32},
       {L"-134`16.3", 78, -(134.0 + 16.3 / 32)}, {L"101.5", 75, 101.5},  // a typed decimal under a fraction code
+      // Beyond 2^53 / 10 the tenth still lands: whole × 10 alone would round.
+      {L"3236962230866197`5", 71, 3236962230866197.5}, {L"-3236962230866197`5", 71, -3236962230866197.5},
       // Unreadable: a fraction under a decimal code, one digit for a 32nd count.
       {L"", 75, kPacketEmptyValue}, {L"N/A", 75, kPacketEmptyValue}, {L"abc", 75, kPacketEmptyValue},
       {L"1.2.3", 75, kPacketEmptyValue}, {L"12`", 75, kPacketEmptyValue}, {L"`5", 75, kPacketEmptyValue},

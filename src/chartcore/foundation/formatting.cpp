@@ -601,9 +601,12 @@ double GetPriceValueOfFormat(CString text, int code) {
   bool signedField = false;
   if (!ReadNumerator(field, numerator, signedField)) return kPacketEmptyValue;
   const double denominator = GetDecimalScaleFromFloat(code);
-  // One rounding only, so a tenth reads as the nearest double of the decimal.
-  if (signedField) return (whole * denominator + numerator) / denominator;
-  const double v = (magnitude * denominator + numerator) / denominator;
+  // One rounding only while whole × denominator is exact, so a tenth reads as
+  // the nearest double of the decimal. Beyond 2^53 that product itself would
+  // round (losing the fraction the text shows), so the fraction is added on.
+  const bool exact = magnitude * denominator + std::fabs(numerator) < 9007199254740992.0;
+  if (signedField) return exact ? (whole * denominator + numerator) / denominator : whole + numerator / denominator;
+  const double v = exact ? (magnitude * denominator + numerator) / denominator : magnitude + numerator / denominator;
   return negative ? -v : v;
 }
 
