@@ -21,6 +21,7 @@
 #include "chartcore/logic/indica.h"
 #include "chartcore/logic/record_file.h"
 #include "chartcore/platform/file.h"
+#include "chartcore/platform/profile.h"
 #include "chartcore/script_editor/text_buffer.h"
 #include "common/temp_dir.h"
 
@@ -191,6 +192,22 @@ TEST(FaultInjection, TextBufferSaveKeepsOldFileAndModifiedFlag) {
   EXPECT_GE(sweep.used[0], 1);
   EXPECT_EQ(sweep.used[1] + sweep.used[2] + sweep.used[3], 3);
   EXPECT_EQ(sweep.failures, sweep.used[0] + 3);
+}
+
+TEST(FaultInjection, FunctionListKeyWriteKeepsOldFileOrWritesNewOne) {
+  // The user function list is rewritten whole for every key it gains.
+  TempDir dir;
+  const std::string oldBytes = "[System]\r\nCount=1\r\nName0=TrueHigh\r\n[User]\r\nCount=0\r\n";
+  dir.MakeFile("reference/New_Function.dat", oldBytes);
+  ASSERT_TRUE(WritePrivateProfileStringW(L"User", L"Name0", L"MyAvg", dir.lib("reference/New_Function.dat")));
+  const std::string newBytes = dir.Read("reference/New_Function.dat");
+  ASSERT_EQ(newBytes, "[System]\r\nCount=1\r\nName0=TrueHigh\r\n[User]\r\nCount=0\r\nName0=MyAvg\r\n");
+  const Sweep sweep = SweepFaults(dir, "Function", "New_Function.dat", oldBytes, newBytes, [&] {
+    const BOOL saved = WritePrivateProfileStringW(L"User", L"Name0", L"MyAvg", dir.lib("Function/New_Function.dat"));
+    return Outcome{saved != FALSE, kNoCause};
+  });
+  EXPECT_GE(sweep.used[0], 1);
+  EXPECT_EQ(sweep.used[1] + sweep.used[2] + sweep.used[3], 3);
 }
 
 TEST(FaultInjection, LogLineIsAppendedWholeOrNotAtAll) {
