@@ -16,7 +16,7 @@ using packets_test::Make;
 using packets_test::Values;
 using V = std::vector<double>;
 
-TEST(PacketTypes, SpecialValuesHaveTheirExactBits) {
+TEST(PacketTypes, MarkerValuesHaveTheirExactBits) {
   EXPECT_EQ(Bits(E), 0x7FEFFFFFFFFFFFFFull);
   EXPECT_EQ(Bits(kNoMax), 0xC6293E5940000000ull);  // -1e30f widened, not -1e30
   EXPECT_NE(kNoMax, -1e30);

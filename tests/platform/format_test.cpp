@@ -84,7 +84,7 @@ TEST(FormatStrings, WideNarrowAndZeroPadding) {
   EXPECT_EQ(F(L"%c", 0).GetLength(), 1);  // a NUL character is still written
   EXPECT_EQ(F(L"[%.0c][%3.c][%03.0C][%.5c]", L'a', L'b', 'c', L'd'), L"[][   ][000][d]");  // precision 0: no character
   // %% and unknown conversions print the character; a % closing a longer
-  // specification and a trailing % print nothing.
+  // directive and a trailing % print nothing.
   EXPECT_EQ(F(L"100%% %y %5% %-.2l% %Iq %5y end%"), L"100% y   Iq y end");
   // %n is refused: nothing printed, nothing stored, its argument skipped.
   int stored = 77;

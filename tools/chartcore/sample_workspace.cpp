@@ -86,19 +86,19 @@ std::int64_t Move(std::int64_t price, std::int64_t basisPoints, Round round) {
 // Definitions
 // ---------------------------------------------------------------------------
 
-struct VariableSpec {
+struct VariableInit {
   const wchar_t* text;
   int decimals;  // the sample's convention for a variable's integer
   double value;
 };
 
 template <class VAR, class ARG>
-void SetVariables(CArray<VAR, ARG>& array, std::initializer_list<VariableSpec> specs) {
-  for (const VariableSpec& spec : specs) {
+void SetVariables(CArray<VAR, ARG>& array, std::initializer_list<VariableInit> inits) {
+  for (const VariableInit& init : inits) {
     VAR variable;
-    variable.strText = spec.text;
-    variable.nValue = spec.decimals;
-    variable.dValue = spec.value;
+    variable.strText = init.text;
+    variable.nValue = init.decimals;
+    variable.dValue = init.value;
     array.Add(variable);
   }
 }
@@ -338,12 +338,12 @@ void WritePatternsAndOptimisations(SampleWriter& out) {
   star.m_strText4 = L"샛별형";
   star.nP04 = 3;
   const int candles[3][4] = {{-1, 70, 15, 15}, {0, 10, 45, 45}, {1, 70, 15, 15}};
-  for (const auto& spec : candles) {
+  for (const auto& shape : candles) {
     CDBSubPATTERN_BONG bar;
-    bar.nBong1 = spec[0];
-    bar.nBong2 = spec[1];
-    bar.nBong3 = spec[2];
-    bar.nBong4 = spec[3];
+    bar.nBong1 = shape[0];
+    bar.nBong2 = shape[1];
+    bar.nBong3 = shape[2];
+    bar.nBong4 = shape[3];
     star.m_arrBong.Add(bar);
   }
   for (int line : {0, 2}) {

@@ -28,7 +28,7 @@ namespace tool {
 
 // LayoutFolders: the folders of a workspace below root, parents before
 // children, each as the library builds it (ending in "\"). user is the
-// user-specific piece of the Local branch ("" puts that branch in root).
+// per-user piece of the Local branch ("" puts that branch in root).
 std::vector<CString> LayoutFolders(const CString& root, const CString& user);
 
 // CreateLayout: creates root (with missing parents) and every layout folder.

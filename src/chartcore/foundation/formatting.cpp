@@ -275,12 +275,12 @@ double StepDenominator(int code) {
 int NotationDenominator(int code) { return code == 76 ? 64 : (code == 77 ? 128 : 10); }
 
 // The format of a scale: a field width, or decimals (both 0: "%.f").
-struct FloatSpec {
+struct FloatLayout {
   int width;
   int decimals;
 };
 
-FloatSpec SpecOfScale(double scale) {
+FloatLayout LayoutOfScale(double scale) {
   if (scale > 1) return {scale >= kMaxFieldWidth ? kMaxFieldWidth : static_cast<int>(scale), 0};
   if (scale == 1 || scale == 0 || std::isnan(scale)) return {0, 0};
   // 1/scale printed with two decimals and read back, then one decimal for
@@ -464,16 +464,16 @@ CString GetYPacketStringOfFormat(double value, double scale, int group) {
   if (scale >= 65) return GetYPacketStringOfFormat(value, scale >= INT_MAX ? INT_MAX : static_cast<int>(scale), group);
   if (std::fabs(value) < kZeroThreshold || std::fabs(value) < scale) value = 0;
   if (!IsPrintable(value)) return CString(kNotAvailable);
-  const FloatSpec spec = (scale == 0 || scale == 1) ? FloatSpec{0, 0} : SpecOfScale(scale);
+  const FloatLayout layout = (scale == 0 || scale == 1) ? FloatLayout{0, 0} : LayoutOfScale(scale);
   NumberText text;
-  text.PutFixed(value, spec.decimals, spec.width, ShouldGroup(group, value));
+  text.PutFixed(value, layout.decimals, layout.width, ShouldGroup(group, value));
   return text.Take();
 }
 
 void MakeFloatFormatData(wchar_t* out, double scale) {
   if (!out) return;
-  const FloatSpec spec = SpecOfScale(scale);
-  WriteFloatFormat(out, spec.width, spec.decimals);
+  const FloatLayout layout = LayoutOfScale(scale);
+  WriteFloatFormat(out, layout.width, layout.decimals);
 }
 
 void MakeFloatFormatData(wchar_t* out, int width, int decimals) {

@@ -118,7 +118,7 @@ struct ArgList {
 };
 
 // ---------------------------------------------------------------------------
-// Conversion specification
+// Conversion directive
 // ---------------------------------------------------------------------------
 
 enum : unsigned {
@@ -139,7 +139,7 @@ enum : unsigned {
 // this many decimals every digit is 0 and is written as padding instead.
 constexpr int kExactDecimals = 1100;
 
-struct Spec {
+struct Directive {
   unsigned flags = 0;
   int width = 0;
   int precision = -1;  // -1: none given
@@ -150,20 +150,20 @@ struct Spec {
 // (an exponent), padded to the width. The 0 flag pads every conversion with
 // zeros after the prefix, strings included, and loses to the - flag.
 template <class Sink, class Ch>
-void EmitField(Sink& sink, const Spec& spec, const char* prefix, size_t prefixLen, size_t zerosBefore,
+void EmitField(Sink& sink, const Directive& dir, const char* prefix, size_t prefixLen, size_t zerosBefore,
                const Ch* text, size_t textLen, size_t zerosAfter = 0, const char* suffix = nullptr,
                size_t suffixLen = 0) {
   const std::uint64_t used = std::uint64_t{prefixLen} + zerosBefore + textLen + zerosAfter + suffixLen;
-  const std::uint64_t width = spec.width > 0 ? static_cast<std::uint64_t>(spec.width) : 0;
+  const std::uint64_t width = dir.width > 0 ? static_cast<std::uint64_t>(dir.width) : 0;
   const size_t padding = width > used ? static_cast<size_t>(width - used) : 0;
-  if (!(spec.flags & (kLeft | kZero))) sink.Fill(L' ', padding);
+  if (!(dir.flags & (kLeft | kZero))) sink.Fill(L' ', padding);
   if (prefixLen) sink.Write(prefix, prefixLen);
-  if ((spec.flags & (kZero | kLeft)) == kZero) sink.Fill(L'0', padding);
+  if ((dir.flags & (kZero | kLeft)) == kZero) sink.Fill(L'0', padding);
   sink.Fill(L'0', zerosBefore);
   sink.Write(text, textLen);
   sink.Fill(L'0', zerosAfter);
   if (suffixLen) sink.Write(suffix, suffixLen);
-  if (spec.flags & kLeft) sink.Fill(L' ', padding);
+  if (dir.flags & kLeft) sink.Fill(L' ', padding);
 }
 
 int SaturatingAppendDigit(int value, wchar_t digit) {
@@ -212,11 +212,11 @@ std::uint64_t ReadInteger(ArgList& args, unsigned flags, bool isSigned, bool& ne
 // An explicit precision is a minimum count of digits; unlike C, the runtime
 // keeps zero padding to the width with it ("%08.3d" of 5 is "00000005").
 template <class Sink>
-void FormatInteger(Sink& sink, const Spec& spec, std::uint64_t number, bool negative, bool isSigned, unsigned radix,
+void FormatInteger(Sink& sink, const Directive& dir, std::uint64_t number, bool negative, bool isSigned, unsigned radix,
                    bool upper) {
   char prefix[2];
   size_t prefixLen = 0;
-  if (radix == 16 && (spec.flags & kAlt) && number != 0) {
+  if (radix == 16 && (dir.flags & kAlt) && number != 0) {
     prefix[0] = '0';
     prefix[1] = upper ? 'X' : 'x';
     prefixLen = 2;
@@ -227,17 +227,17 @@ void FormatInteger(Sink& sink, const Spec& spec, std::uint64_t number, bool nega
   const char* digits = upper ? "0123456789ABCDEF" : "0123456789abcdef";
   for (; number != 0; number /= radix) *--text = digits[number % radix];
   const size_t count = static_cast<size_t>(end - text);
-  const size_t precision = spec.precision < 0 ? 1 : static_cast<size_t>(spec.precision);
+  const size_t precision = dir.precision < 0 ? 1 : static_cast<size_t>(dir.precision);
   const size_t zeros = precision > count ? precision - count : 0;
   // # gives octal a leading 0 unless the digits already start with one; a
   // zero printed with precision 0 has no digits and gets none.
-  if (radix == 8 && (spec.flags & kAlt) && zeros == 0 && count > 0) *--text = '0';
+  if (radix == 8 && (dir.flags & kAlt) && zeros == 0 && count > 0) *--text = '0';
   if (isSigned) {
     if (negative) prefix[prefixLen++] = '-';
-    else if (spec.flags & kPlus) prefix[prefixLen++] = '+';
-    else if (spec.flags & kSpace) prefix[prefixLen++] = ' ';
+    else if (dir.flags & kPlus) prefix[prefixLen++] = '+';
+    else if (dir.flags & kSpace) prefix[prefixLen++] = ' ';
   }
-  EmitField(sink, spec, prefix, prefixLen, zeros, text, static_cast<size_t>(end - text));
+  EmitField(sink, dir, prefix, prefixLen, zeros, text, static_cast<size_t>(end - text));
 }
 
 // ---------------------------------------------------------------------------
@@ -316,7 +316,7 @@ void ExactDecimal(double mag, Decimal& out) {
   while (out.n > 0 && out.d[out.n - 1] == '0') --out.n;
 }
 
-void SpecialDecimal(const char* digits, Decimal& out) {
+void NonFiniteDecimal(const char* digits, Decimal& out) {
   out.n = static_cast<int>(std::strlen(digits));
   std::memcpy(out.d, digits, static_cast<size_t>(out.n));
   out.decpt = 1;
@@ -453,7 +453,7 @@ size_t HexText(double mag, int shown, bool point, bool caps, char* out) {
 
 // Pseudo-digits of the old runtime for values without digits: every negative
 // NaN is the "indefinite" of x86 arithmetic, every other NaN a quiet one.
-const char* SpecialDigits(double v) {
+const char* NonFiniteDigits(double v) {
   const std::uint64_t b = Bits(v);
   if ((b & ((std::uint64_t{1} << 52) - 1)) == 0) return "1#INF";
   return (b >> 63) ? "1#IND" : "1#QNAN";
@@ -484,9 +484,9 @@ struct FloatText {
 // Infinities and NaNs: "1.#INF" and its kin with the decimals padded with
 // zeros or rounded digit by digit; %g without a precision (or with 0) prints
 // the text as it is, and # never adds a point.
-void RenderSpecial(double v, wchar_t type, int precision, bool alt, bool caps, FloatText& out) {
+void RenderNonFinite(double v, wchar_t type, int precision, bool alt, bool caps, FloatText& out) {
   Decimal dec;
-  SpecialDecimal(SpecialDigits(v), dec);
+  NonFiniteDecimal(NonFiniteDigits(v), dec);
   int decimals;
   if (type == L'g') decimals = precision <= 0 ? dec.n - 1 : precision - 1;
   else if (precision >= 0) decimals = precision;
@@ -516,7 +516,7 @@ void RenderSpecial(double v, wchar_t type, int precision, bool alt, bool caps, F
 void RenderFloat(double v, wchar_t type, int precision, unsigned flags, bool caps, FloatText& out) {
   const bool alt = (flags & kAlt) != 0;
   if (!std::isfinite(v)) {
-    RenderSpecial(v, type, precision, alt, caps, out);
+    RenderNonFinite(v, type, precision, alt, caps, out);
     return;
   }
   int wanted = precision;
@@ -560,9 +560,9 @@ void RenderFloat(double v, wchar_t type, int precision, unsigned flags, bool cap
 }
 
 template <class Sink>
-void FormatFloat(Sink& sink, const Spec& spec, double v, wchar_t type, bool caps) {
+void FormatFloat(Sink& sink, const Directive& dir, double v, wchar_t type, bool caps) {
   FloatText f;
-  RenderFloat(v, type, spec.precision, spec.flags, caps, f);
+  RenderFloat(v, type, dir.precision, dir.flags, caps, f);
   const char* text = f.text;
   size_t len = f.len;
   size_t suffixAt = f.suffixAt;
@@ -573,9 +573,9 @@ void FormatFloat(Sink& sink, const Spec& spec, double v, wchar_t type, bool caps
     ++text;
     --len;
     --suffixAt;
-  } else if (spec.flags & kPlus) {
+  } else if (dir.flags & kPlus) {
     prefix[prefixLen++] = '+';
-  } else if (spec.flags & kSpace) {
+  } else if (dir.flags & kSpace) {
     prefix[prefixLen++] = ' ';
   }
   if (type == L'a' && len >= 2 && text[0] == '0') {  // "0x" goes before zero padding, as in hex integers
@@ -585,7 +585,7 @@ void FormatFloat(Sink& sink, const Spec& spec, double v, wchar_t type, bool caps
     len -= 2;
     suffixAt -= 2;
   }
-  EmitField(sink, spec, prefix, prefixLen, 0, text, suffixAt, f.zerosAfter, text + suffixAt, len - suffixAt);
+  EmitField(sink, dir, prefix, prefixLen, 0, text, suffixAt, f.zerosAfter, text + suffixAt, len - suffixAt);
 }
 
 // ---------------------------------------------------------------------------
@@ -620,22 +620,22 @@ size_t NarrowExtent(const char* s, int precision) {
 }
 
 template <class Sink>
-void FormatNarrowString(Sink& sink, const Spec& spec, const char* s) {
+void FormatNarrowString(Sink& sink, const Directive& dir, const char* s) {
   if (!s) s = "(null)";
-  const size_t bytes = NarrowExtent(s, spec.precision);
+  const size_t bytes = NarrowExtent(s, dir.precision);
   bool ascii = true;
   for (size_t i = 0; i < bytes && ascii; ++i) ascii = static_cast<unsigned char>(s[i]) < 0x80;
-  size_t limit = spec.precision < 0 ? SIZE_MAX : static_cast<size_t>(spec.precision);
+  size_t limit = dir.precision < 0 ? SIZE_MAX : static_cast<size_t>(dir.precision);
   if (ascii) {
-    EmitField(sink, spec, "", 0, 0, s, bytes < limit ? bytes : limit);
+    EmitField(sink, dir, "", 0, 0, s, bytes < limit ? bytes : limit);
     return;
   }
   const std::wstring wide = BytesToWide(s, bytes, IsValidUtf8(s, bytes) ? kCodePageUtf8 : kCodePageCp949);
-  EmitField(sink, spec, "", 0, 0, wide.data(), wide.size() < limit ? wide.size() : limit);
+  EmitField(sink, dir, "", 0, 0, wide.data(), wide.size() < limit ? wide.size() : limit);
 }
 
 template <class Sink>
-void FormatChar(Sink& sink, const Spec& spec, int value, bool narrow) {
+void FormatChar(Sink& sink, const Directive& dir, int value, bool narrow) {
   wchar_t ch;
   if (narrow) {
     // One byte is one character; above 0x7F it is no character of either
@@ -646,7 +646,7 @@ void FormatChar(Sink& sink, const Spec& spec, int value, bool narrow) {
     ch = static_cast<wchar_t>(value);
   }
   // A precision of 0 prints no character, as for a string, but still pads.
-  EmitField(sink, spec, "", 0, 0, &ch, spec.precision == 0 ? 0 : 1);
+  EmitField(sink, dir, "", 0, 0, &ch, dir.precision == 0 ? 0 : 1);
 }
 
 // ---------------------------------------------------------------------------
@@ -662,70 +662,70 @@ void FormatImpl(Sink& sink, const wchar_t* format, ArgList& args) {
     if (p != literal) sink.Write(literal, static_cast<size_t>(p - literal));
     if (!*p) break;
     ++p;  // the '%'
-    const wchar_t* const specStart = p;
+    const wchar_t* const dirStart = p;
 
-    Spec spec;
+    Directive dir;
     for (;; ++p) {
-      if (*p == L'-') spec.flags |= kLeft;
-      else if (*p == L'+') spec.flags |= kPlus;
-      else if (*p == L' ') spec.flags |= kSpace;
-      else if (*p == L'#') spec.flags |= kAlt;
-      else if (*p == L'0') spec.flags |= kZero;
+      if (*p == L'-') dir.flags |= kLeft;
+      else if (*p == L'+') dir.flags |= kPlus;
+      else if (*p == L' ') dir.flags |= kSpace;
+      else if (*p == L'#') dir.flags |= kAlt;
+      else if (*p == L'0') dir.flags |= kZero;
       else break;
     }
     if (*p == L'*') {
       ++p;
       const int w = va_arg(args.ap, int);
       if (w < 0) {
-        spec.flags |= kLeft;
-        spec.width = w == INT_MIN ? INT_MAX : -w;
+        dir.flags |= kLeft;
+        dir.width = w == INT_MIN ? INT_MAX : -w;
       } else {
-        spec.width = w;
+        dir.width = w;
       }
     } else {
-      while (IsDigit(*p)) spec.width = SaturatingAppendDigit(spec.width, *p++);
+      while (IsDigit(*p)) dir.width = SaturatingAppendDigit(dir.width, *p++);
     }
     if (*p == L'.') {
       ++p;
-      spec.precision = 0;
+      dir.precision = 0;
       if (*p == L'*') {
         ++p;
         const int pr = va_arg(args.ap, int);
-        spec.precision = pr < 0 ? -1 : pr;
+        dir.precision = pr < 0 ? -1 : pr;
       } else {
-        while (IsDigit(*p)) spec.precision = SaturatingAppendDigit(spec.precision, *p++);
+        while (IsDigit(*p)) dir.precision = SaturatingAppendDigit(dir.precision, *p++);
       }
     }
 
     bool badSize = false;
     for (bool more = true; more;) {
       switch (*p) {
-        case L'h': spec.flags |= kShort; ++p; break;
+        case L'h': dir.flags |= kShort; ++p; break;
         case L'l':
           ++p;
           if (*p == L'l') {
-            spec.flags |= kInt64;
+            dir.flags |= kInt64;
             ++p;
           } else {
-            spec.flags |= kLong;
+            dir.flags |= kLong;
           }
           break;
-        case L'L': spec.flags |= kLongDouble; ++p; break;
-        case L'w': spec.flags |= kWide; ++p; break;
-        case L'j': spec.flags |= kInt64; ++p; break;
+        case L'L': dir.flags |= kLongDouble; ++p; break;
+        case L'w': dir.flags |= kWide; ++p; break;
+        case L'j': dir.flags |= kInt64; ++p; break;
         case L'z':
-        case L't': spec.flags |= kPtrSize; ++p; break;
+        case L't': dir.flags |= kPtrSize; ++p; break;
         case L'N':
         case L'F': ++p; break;  // near/far pointer prefixes: no meaning left
         case L'I':
           if (p[1] == L'6' && p[2] == L'4') {
-            spec.flags |= kInt64;
+            dir.flags |= kInt64;
             p += 3;
           } else if (p[1] == L'3' && p[2] == L'2') {
-            spec.flags &= ~(kInt64 | kPtrSize);
+            dir.flags &= ~(kInt64 | kPtrSize);
             p += 3;
           } else if (p[1] && std::wcschr(L"diouxX", p[1])) {
-            spec.flags |= kPtrSize;
+            dir.flags |= kPtrSize;
             ++p;
           } else {
             badSize = true;  // the runtime prints the 'I' as text
@@ -748,46 +748,46 @@ void FormatImpl(Sink& sink, const wchar_t* format, ArgList& args) {
     switch (type) {
       case L'd':
       case L'i':
-        number = ReadInteger(args, spec.flags, true, negative);
-        FormatInteger(sink, spec, number, negative, true, 10, false);
+        number = ReadInteger(args, dir.flags, true, negative);
+        FormatInteger(sink, dir, number, negative, true, 10, false);
         break;
       case L'u':
-        number = ReadInteger(args, spec.flags, false, negative);
-        FormatInteger(sink, spec, number, false, false, 10, false);
+        number = ReadInteger(args, dir.flags, false, negative);
+        FormatInteger(sink, dir, number, false, false, 10, false);
         break;
       case L'o':
-        number = ReadInteger(args, spec.flags, false, negative);
-        FormatInteger(sink, spec, number, false, false, 8, false);
+        number = ReadInteger(args, dir.flags, false, negative);
+        FormatInteger(sink, dir, number, false, false, 8, false);
         break;
       case L'x':
       case L'X':
-        number = ReadInteger(args, spec.flags, false, negative);
-        FormatInteger(sink, spec, number, false, false, 16, type == L'X');
+        number = ReadInteger(args, dir.flags, false, negative);
+        FormatInteger(sink, dir, number, false, false, 16, type == L'X');
         break;
       case L'p': {
-        spec.precision = 2 * static_cast<int>(sizeof(void*));
-        spec.flags &= ~kZero;  // a pointer is padded with blanks only
+        dir.precision = 2 * static_cast<int>(sizeof(void*));
+        dir.flags &= ~kZero;  // a pointer is padded with blanks only
         const std::uintptr_t ptr = reinterpret_cast<std::uintptr_t>(va_arg(args.ap, void*));
-        FormatInteger(sink, spec, ptr, false, false, 16, true);
+        FormatInteger(sink, dir, ptr, false, false, 16, true);
         break;
       }
       case L'c':
       case L'C': {
         const bool narrow =
-            (spec.flags & kShort) || (type == L'C' && !(spec.flags & (kLong | kWide)));
-        FormatChar(sink, spec, va_arg(args.ap, int), narrow);
+            (dir.flags & kShort) || (type == L'C' && !(dir.flags & (kLong | kWide)));
+        FormatChar(sink, dir, va_arg(args.ap, int), narrow);
         break;
       }
       case L's':
       case L'S': {
         const bool narrow =
-            (spec.flags & kShort) || (type == L'S' && !(spec.flags & (kLong | kWide)));
+            (dir.flags & kShort) || (type == L'S' && !(dir.flags & (kLong | kWide)));
         if (narrow) {
-          FormatNarrowString(sink, spec, va_arg(args.ap, const char*));
+          FormatNarrowString(sink, dir, va_arg(args.ap, const char*));
         } else {
           const wchar_t* s = va_arg(args.ap, const wchar_t*);
           if (!s) s = L"(null)";
-          EmitField(sink, spec, "", 0, 0, s, BoundedWideLength(s, spec.precision));
+          EmitField(sink, dir, "", 0, 0, s, BoundedWideLength(s, dir.precision));
         }
         break;
       }
@@ -798,20 +798,20 @@ void FormatImpl(Sink& sink, const wchar_t* format, ArgList& args) {
       case L'G':
       case L'a':
       case L'A': {
-        const double v = (spec.flags & kLongDouble) ? static_cast<double>(va_arg(args.ap, long double))
+        const double v = (dir.flags & kLongDouble) ? static_cast<double>(va_arg(args.ap, long double))
                                                      : va_arg(args.ap, double);
         const bool caps = type == L'E' || type == L'G' || type == L'A';
         const wchar_t lower = caps ? static_cast<wchar_t>(type - L'A' + L'a') : type;
-        FormatFloat(sink, spec, v, lower, caps);
+        FormatFloat(sink, dir, v, lower, caps);
         break;
       }
       case L'n':
         (void)va_arg(args.ap, void*);  // refused: nothing is stored
         break;
       case L'%':
-        // "%%" prints a percent sign; a '%' closing a specification with
+        // "%%" prints a percent sign; a '%' closing a directive with
         // flags, width, precision or size ("%5%") prints nothing.
-        if (p - 1 == specStart) sink.Put(L'%');
+        if (p - 1 == dirStart) sink.Put(L'%');
         break;
       default:
         sink.Put(type);  // an unknown conversion prints the character

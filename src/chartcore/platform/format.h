@@ -37,7 +37,7 @@ namespace chartcore {
 //   arithmetic), their decimals padded or rounded character by character at
 //   the precision as if they were digits ("%.2f" of an infinity gives
 //   "1.#J"); %g without a precision prints "1.#INF" whole;
-// - %% prints a percent sign, a % that ends a longer specification ("%5%")
+// - %% prints a percent sign, a % that ends a longer directive ("%5%")
 //   prints nothing, and an unknown conversion character prints as it stands
 //   ("%y" gives "y");
 // - %n writes nothing and stores nothing (its argument is skipped), as in the
