@@ -117,9 +117,6 @@ TEST_F(Editor, LoadsTheFunctionListAndKeepsTheHostStrings) {
   EXPECT_EQ(names[1], CString(L"BasicOne"));
   EXPECT_EQ(names[2], CString(L"나의함수"));
   EXPECT_EQ(names[3], CString(L"CrossUp"));
-  EXPECT_EQ(edit.GetUserID(), CString(L"u01"));
-  EXPECT_EQ(edit.GetLogicName(), CString(L"MyLogic"));
-  EXPECT_EQ(edit.GetScriptMode(), 2);
   EXPECT_EQ(edit.IsBasicFunction(L"myavg", 5), 1);
   EXPECT_EQ(edit.IsBasicFunction(L"myavgx", 5), 1);  // only the given length counts
   EXPECT_EQ(edit.IsBasicFunction(L"myav", 4), 0);
