@@ -192,16 +192,4 @@ TEST(CArraySemantics, EveryElementIsDestroyed) {
     EXPECT_EQ(Tracked::live, 4);  // 2 in a, 2 in b
   }
   EXPECT_EQ(Tracked::live, 0);
-
-  CByteArray bytes;
-  bytes.SetSize(3);
-  EXPECT_EQ(bytes[2], 0);
-  CDWordArray dwords;
-  dwords.Add(0xFFFFFFFFu);
-  EXPECT_EQ(dwords[0], 0xFFFFFFFFu);
-  CWordArray words;
-  words.SetAtGrow(1, 7);
-  EXPECT_EQ(words[0], 0);
-  CUIntArray uints;
-  EXPECT_EQ(uints.Add(1), 0);
 }
