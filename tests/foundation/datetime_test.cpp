@@ -146,11 +146,9 @@ TEST(DateTimeCalendar, AgreesWithCivilDayCounts) {
 
 TEST(DateTimeCalendar, ShortTextsFailedConversionsAndGetWeek) {
   ExpectFields({
-      {GetDayOfWeek, 20240114, 1}, {GetDayOfWeek, 20240115, 2},  // a Sunday, a Monday
+      // Valid dates: AgreesWithCivilDayCounts.
       {GetDayOfWeek, 1234567, -1}, {GetDayOfYear, 1234567, -1}, {GetWeekOfMonth, 1234567, -1},  // seven characters
-      {GetWeekOfYear, 1234567, -1}, {GetWeekOfYear, 20240106, 1}, {GetWeekOfYear, 20240107, 2},
-      {GetWeekOfMonth, 20240505, 2}, {GetWeekOfMonth, 20240504, 1},  // May 2024 begins on a Wednesday
-      {GetDayOfYear, 20241231, 366}, {GetDayOfYear, 20240231, 62},   // the 31st of February rolls into March
+      {GetWeekOfYear, 1234567, -1}, {GetDayOfYear, 20240231, 62},  // the 31st of February rolls into March
       {GetDayOfYear, 20241301, -1}, {GetWeekOfYear, 20241301, 1},    // month 13 fails, and counts as day -1
       {GetDayOfYear, 20240132, -1}, {GetDayOfWeek, 20240114.5, 2},   // printed rounded: 20240115
       {GetDayOfWeek, -1234567, 6},                                   // "-1234567": year -123, month 45, day 67
