@@ -114,8 +114,6 @@ TEST(MarketsPeriods, CompressionTablesOfScreens) {
     for (int period = 0; period <= 9; ++period)
       EXPECT_EQ(HasDataForCompression(screen, period), period == 1 || period == 5 || period == 6 ? 0 : 1);
   }
-  EXPECT_EQ(HasDataForCompression(403003, 7), 1);
-  EXPECT_EQ(HasDataForCompression(403003, 5), 0);
   for (const int screen : {123, 403000, 403006, 400016, 711004, 0, -1}) {  // neighbours: the default
     for (int period = 0; period <= 9; ++period)
       EXPECT_EQ(HasDataForCompression(screen, period), period == 1 || period == 2 || period == 4 ? 1 : 0)
