@@ -106,13 +106,12 @@ TEST(IndicaArchive, ExactBytesFreshAndFilled) {
   EXPECT_EQ(Store(fresh), w.bytes);
   EXPECT_EQ(w.bytes.size(), 152u);  // header 24 + A 48 + text 4 + count 4 + B 60 + counts 8 + tail 4
 
-  // strE11 right after nE06, nE10 last in an element, nB13 after nB15; read
-  // back and written again, the same bytes; a copy takes every field.
+  // strE11 right after nE06, nE10 last in an element, nB13 after nB15 (read
+  // back: IndicaVersions); a copy takes every field.
   CDBSubINDICA r;
   FillDistinct(r);
   const Bytes filled = IndicaFile(r, 7);
   EXPECT_EQ(Store(r), filled);
-  EXPECT_EQ(testing_records::Reloaded<CDBSubINDICA>(filled), filled);
   CDBSubINDICA copy;
   copy.CopyDataBase(&r);
   EXPECT_EQ(Store(copy), filled);
