@@ -15,19 +15,15 @@ TEST(KeyInput, VirtualKeysNameThePhysicalKeyNotTheSymbol) {
   // Qt's symbol codes collide with virtual keys: Key_ParenLeft is 0x28,
   // VK_DOWN. The shifted symbols map to the key that types them.
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_ParenLeft, Qt::ShiftModifier), static_cast<UINT>('9'));
-  EXPECT_EQ(VirtualKeyFromQt(Qt::Key_ParenRight, Qt::ShiftModifier), static_cast<UINT>('0'));
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_Down, Qt::NoModifier), VK_DOWN);
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_Ampersand, Qt::NoModifier), static_cast<UINT>('7'));  // 0x26 is VK_UP
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_Dollar, Qt::NoModifier), static_cast<UINT>('4'));     // 0x24 is VK_HOME
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_Percent, Qt::NoModifier), static_cast<UINT>('5'));    // 0x25 is VK_LEFT
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_Apostrophe, Qt::NoModifier), 0xDEu);                  // 0x27 is VK_RIGHT
-  EXPECT_EQ(VirtualKeyFromQt(Qt::Key_QuoteDbl, Qt::ShiftModifier), 0xDEu);
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_Period, Qt::NoModifier), 0xBEu);                      // 0x2E is VK_DELETE
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_Minus, Qt::NoModifier), 0xBDu);                       // 0x2D is VK_INSERT
-  EXPECT_EQ(VirtualKeyFromQt(Qt::Key_Underscore, Qt::ShiftModifier), 0xBDu);
   // Letters, digits and space share their codes.
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_A, Qt::ControlModifier), static_cast<UINT>('A'));
-  EXPECT_EQ(VirtualKeyFromQt(Qt::Key_5, Qt::NoModifier), static_cast<UINT>('5'));
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_Space, Qt::NoModifier), VK_SPACE);
   // The keypad has keys of its own; its Enter is Enter.
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_5, Qt::KeypadModifier), 0x65u);
@@ -37,7 +33,6 @@ TEST(KeyInput, VirtualKeysNameThePhysicalKeyNotTheSymbol) {
   // Shift+Tab is Tab; function keys in order; Korean keys.
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_Backtab, Qt::ShiftModifier), VK_TAB);
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_F3, Qt::NoModifier), VK_F3);
-  EXPECT_EQ(VirtualKeyFromQt(Qt::Key_F12, Qt::NoModifier), VK_F12);
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_Hangul, Qt::NoModifier), 0x15u);
   // No virtual key: a letter outside ASCII, an unknown key.
   EXPECT_EQ(VirtualKeyFromQt(Qt::Key_Adiaeresis, Qt::NoModifier), 0u);
@@ -46,7 +41,6 @@ TEST(KeyInput, VirtualKeysNameThePhysicalKeyNotTheSymbol) {
 
 TEST(KeyInput, TranslationMakesTheCharactersWindowsWould) {
   EXPECT_EQ(TranslatedChars(Qt::Key_A, Qt::NoModifier, "a"), L"a");
-  EXPECT_EQ(TranslatedChars(Qt::Key_A, Qt::ShiftModifier, "A"), L"A");
   EXPECT_EQ(TranslatedChars(Qt::Key_ParenLeft, Qt::ShiftModifier, "("), L"(");
   // Keys with a character of their own, whatever text Qt attached.
   EXPECT_EQ(TranslatedChars(Qt::Key_Return, Qt::NoModifier, "\r"), L"\r");
@@ -56,7 +50,6 @@ TEST(KeyInput, TranslationMakesTheCharactersWindowsWould) {
   EXPECT_EQ(TranslatedChars(Qt::Key_Escape, Qt::NoModifier, "\x1b"), L"\x1b");
   // Delete types nothing (Qt reports DEL as its text).
   EXPECT_EQ(TranslatedChars(Qt::Key_Delete, Qt::NoModifier, "\x7f"), L"");
-  EXPECT_EQ(TranslatedChars(Qt::Key_Left, Qt::NoModifier, QString()), L"");
   // Ctrl with a letter is its control character, whatever Qt's text says;
   // Ctrl with a digit types nothing; Ctrl+Enter is a line feed.
   EXPECT_EQ(TranslatedChars(Qt::Key_A, Qt::ControlModifier, "a"), L"\x01");
@@ -66,8 +59,7 @@ TEST(KeyInput, TranslationMakesTheCharactersWindowsWould) {
   EXPECT_EQ(TranslatedChars(Qt::Key_Return, Qt::ControlModifier, "\r"), L"\n");
   // Alt combinations are system keys (no WM_CHAR); AltGr (Ctrl+Alt) types.
   EXPECT_EQ(TranslatedChars(Qt::Key_F, Qt::AltModifier, "f"), L"");
-  EXPECT_EQ(TranslatedChars(Qt::Key_At, Qt::ControlModifier | Qt::AltModifier, "@"),
-            L"@");
+  EXPECT_EQ(TranslatedChars(Qt::Key_At, Qt::ControlModifier | Qt::AltModifier, "@"), L"@");
   // Text beyond the basic plane and Hangul come through as code points.
   EXPECT_EQ(TranslatedChars(Qt::Key_unknown, Qt::NoModifier, QString::fromUtf8("한\xF0\x9F\x98\x80")),
             std::wstring(L"한") + static_cast<wchar_t>(0x1F600));
@@ -84,10 +76,8 @@ TEST(KeyInput, KeyMessageFlagsAsTheSystemSetsThem) {
   EXPECT_TRUE(IsExtendedKey(Qt::Key_Down, Qt::NoModifier));
   EXPECT_FALSE(IsExtendedKey(Qt::Key_Down, Qt::KeypadModifier));
   EXPECT_TRUE(IsExtendedKey(Qt::Key_Enter, Qt::KeypadModifier));
-  EXPECT_FALSE(IsExtendedKey(Qt::Key_A, Qt::NoModifier));
   EXPECT_TRUE(IsModifierKey(Qt::Key_Shift));
   EXPECT_TRUE(IsModifierKey(Qt::Key_CapsLock));
-  EXPECT_FALSE(IsModifierKey(Qt::Key_Space));
   EXPECT_FALSE(IsModifierKey(Qt::Key_Hangul));  // switching input modes ends a syllable
 }
 
