@@ -213,7 +213,6 @@ TEST(PacketArithmetic, ElementWiseWithEmptyPropagationAndCarry) {
   CPacket a = Make({1, 2, 3});
   CPacket sum = a + Make({10, 20, 30});
   EXPECT_EQ(Values(sum), V({11, 22, 33}));
-  EXPECT_EQ(sum.GetStartIndex(), 0);
   EXPECT_EQ(sum.GetEndIndex(), 2);
   EXPECT_EQ(Values(Make({1, E, 3}) * 2.0), V({2, E, 6}));
   EXPECT_EQ(Values(Make({4, 6, 8}) / Make({2, 0, 4})), V({2, 2, 2}));  // carry
@@ -256,9 +255,6 @@ TEST(PacketArithmetic, CompoundFormsCollectResultsInElementZero) {
   CPacket c = Make({5});
   c /= Make({0});
   EXPECT_EQ(Values(c), V({E}));
-  CPacket d = Make({7});
-  d %= Make({2});
-  EXPECT_EQ(Values(d), V({1}));
   CPacket f = Make({7.9});
   f %= Make({-2.5});  // truncated: 7 % -2
   EXPECT_EQ(Values(f), V({1}));
