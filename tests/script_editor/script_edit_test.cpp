@@ -165,7 +165,6 @@ TEST(ScriptParse, WordsNumbersAndTheBlankAfterAWord) {
   EXPECT_EQ(Parse(L"1e+5").blocks, (Blocks{{0, 2}, {0, 10}, {2, 2}, {3, 10}}));
   EXPECT_EQ(Parse(L"0XFF;").blocks, (Blocks{{0, 2}, {0, 10}, {4, 2}}));
   EXPECT_EQ(Parse(L"0x").blocks, (Blocks{{0, 2}}));
-  EXPECT_EQ(Parse(L"0x1G").blocks, (Blocks{{0, 2}}));
   // Every class, case-insensitive; the word ended by '(' is coloured from its start.
   EXPECT_EQ(Parse(L"CrossUp(c, MA)").blocks,
             (Blocks{{0, 2}, {0, 12}, {7, 2}, {8, 14}, {9, 2}, {11, 7}, {13, 2}}));
@@ -174,12 +173,10 @@ TEST(ScriptParse, WordsNumbersAndTheBlankAfterAWord) {
   EXPECT_EQ(Parse(L"sum.x").blocks, (Blocks{{0, 2}}));
   EXPECT_EQ(Parse(L"sum\x00D7").blocks, (Blocks{{0, 2}}));
   EXPECT_EQ(Parse(L"sum\x2212").blocks, (Blocks{{0, 2}, {0, 12}, {3, 2}}));  // minus sign ends it
-  EXPECT_EQ(Parse(L"crossupx").blocks, (Blocks{{0, 2}}));
 }
 
 TEST(ScriptParse, ScriptModeAndUserFunctions) {
   EXPECT_EQ(Parse(L"volume+OBV", 0, 0).blocks, (Blocks{{0, 2}, {6, 2}}));
-  EXPECT_EQ(Parse(L"volume+OBV", 0, 1).blocks, (Blocks{{0, 2}, {6, 2}}));
   EXPECT_EQ(Parse(L"volume+OBV", 0, 2).blocks, (Blocks{{0, 2}, {0, 14}, {6, 2}, {7, 7}}));
   NoCaseWordIndex basic;
   basic.Add(L"MyAvg", 5, 1);
