@@ -125,11 +125,10 @@ TEST(RecordJson, DoublesAndColoursInTheirTextForms) {
   EXPECT_EQ(Bits(out), 0x8000000000000000ull);  // negative zero by its bits
   EXPECT_TRUE(DecodeDouble(Json("0x1"), out));  // fewer digits: the low bits
   EXPECT_EQ(Bits(out), 1u);
-  for (const char* bad : {"nan", "NAN", "inf", "0x", "0x10000000000000000", "0xG", "1.5", ""}) {
-    EXPECT_FALSE(DecodeDouble(Json(bad), out)) << bad;
+  for (const Json& bad : {Json("nan"), Json("NAN"), Json("inf"), Json("0x"), Json("0x10000000000000000"), Json("0xG"),
+                          Json("1.5"), Json(""), Json(nullptr), Json::array()}) {
+    EXPECT_FALSE(DecodeDouble(bad, out)) << bad.dump();
   }
-  EXPECT_FALSE(DecodeDouble(Json(nullptr), out));
-  EXPECT_FALSE(DecodeDouble(Json::array(), out));
 
   // Colours: the text form, or an integer of 32 bits.
   CDBSubSIGNAL signal;
