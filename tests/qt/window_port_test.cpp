@@ -155,17 +155,7 @@ TEST(QtWindowPort, TimersAreRealAndAWindowMayDestroyItselfFromOne) {
   EXPECT_EQ(wnd.timers.size(), 1u);
 }
 
-TEST(QtWindowPort, ClosingATopLevelWindowDestroysIt) {
-  ProbeWnd wnd;
-  ASSERT_TRUE(wnd.Create(nullptr, L"", WS_VISIBLE, CRect(0, 0, 50, 50), nullptr, 1));
-  QPointer<QWidget> frame = chartcore::qt::WindowWidget(&wnd);
-  frame->close();  // the user's close box: WM_CLOSE, which destroys
-  EXPECT_FALSE(wnd.IsWindow());
-  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-  EXPECT_TRUE(frame.isNull());
-}
-
-TEST(QtWindowPort, DesktopAnswersComeFromQt) {
+TEST(QtWindowPort, DesktopAnswersComeFromQtAndClosingDestroys) {
   ProbeWnd wnd;
   ASSERT_TRUE(wnd.Create(nullptr, L"", WS_VISIBLE, CRect(0, 0, 50, 50), nullptr, 1));
   wnd.SetFocus();
@@ -189,6 +179,12 @@ TEST(QtWindowPort, DesktopAnswersComeFromQt) {
   const DWORD t0 = GetTickCount();
   QTest::qWait(20);
   EXPECT_GE(GetTickCount() - t0, 15u);
+  // Closing the top-level window (the user's close box: WM_CLOSE) destroys it.
+  QPointer<QWidget> frame = chartcore::qt::WindowWidget(&wnd);
+  frame->close();
+  EXPECT_FALSE(wnd.IsWindow());
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_TRUE(frame.isNull());
 }
 
 }  // namespace
