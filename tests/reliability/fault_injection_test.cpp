@@ -194,6 +194,9 @@ TEST(FaultInjection, TextBufferSaveKeepsOldFileAndModifiedFlag) {
   EXPECT_EQ(sweep.failures, sweep.used[0] + 3);
 }
 
+// On Windows the system writes profile files, out of reach of the file layer's
+// fault hook; elsewhere the framework's own writer must keep the file whole.
+#if !defined(_WIN32)
 TEST(FaultInjection, FunctionListKeyWriteKeepsOldFileOrWritesNewOne) {
   // The user function list is rewritten whole for every key it gains.
   TempDir dir;
@@ -209,6 +212,7 @@ TEST(FaultInjection, FunctionListKeyWriteKeepsOldFileOrWritesNewOne) {
   EXPECT_GE(sweep.used[0], 1);
   EXPECT_EQ(sweep.used[1] + sweep.used[2] + sweep.used[3], 3);
 }
+#endif
 
 TEST(FaultInjection, LogLineIsAppendedWholeOrNotAtAll) {
   TempDir dir;
