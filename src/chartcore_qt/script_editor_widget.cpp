@@ -92,9 +92,6 @@ bool ScriptEditorWidget::IsModified() const {
 void ScriptEditorWidget::SetFontPointSize(int points) {
   const LOGFONT lf = MonospaceLogFont(points);
   m_edit.SetViewFont(&lf);
-  // The caret was made for the old line height: a focused editor makes a
-  // new one when it (re)gains the focus.
-  if (CWnd::GetFocus() == &m_edit) m_edit.SendMessage(WM_SETFOCUS, 0, 0);
 }
 
 void ScriptEditorWidget::CheckChanges() {

@@ -453,6 +453,8 @@ void CCrystalTextWnd::SetViewFont(const LOGFONT* lf) {
   m_charWidths.clear();
   m_nLineHeight = 0;
   m_nCharWidth = 0;
+  // The caret is as tall as a line: a focused view makes it anew.
+  if (m_bCaretCreated) CreateSolidCaret(kCaretWidth, GetLineHeight());
   Invalidate();
   UpdateCaret();
 }
