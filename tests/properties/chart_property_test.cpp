@@ -1,6 +1,8 @@
 #include "chartcore/properties/chart_property.h"
 
 #include <memory>
+#include <tuple>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -29,12 +31,12 @@ TEST(ChartProperty, RecordsCopyDeeplyAndNameThemselves) {
   vol->SetSaveFlag(0);
   EXPECT_EQ(vol->GetSaveFlag(), 0);
 
+  // A drawing's copy carries its notice lines whole, all 16 bits of the pen.
   CProperty_DRAW draw;
-  CProperty_NOTICE_LINE notice;
-  notice.dValue = 70000; notice.clrLine = 0xFF; notice.wStyle = 0xFFFF; notice.wWidth = 3; notice.nAlarm = 1;
+  const CProperty_NOTICE_LINE notice{70000.0, 0xFF, 0xFFFF, 3, 1};
   draw.m_arrNoticeLine.Add(notice);
-  const CProperty_NOTICE_LINE n = CProperty_DRAW(draw).m_arrNoticeLine[0];
-  EXPECT_EQ(n.dValue, 70000.0);
-  EXPECT_EQ(n.wStyle, 0xFFFF);  // 16-bit members keep every bit
-  EXPECT_EQ(n.wWidth + n.nAlarm, 4);
+  const auto fields = [](const CProperty_NOTICE_LINE& n) {
+    return std::make_tuple(n.dValue, n.clrLine, n.wStyle, n.wWidth, n.nAlarm);
+  };
+  EXPECT_EQ(fields(CProperty_DRAW(draw).m_arrNoticeLine[0]), fields(notice));
 }

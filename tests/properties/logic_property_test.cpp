@@ -1,9 +1,9 @@
 #include "chartcore/properties/logic_property.h"
 
-#include <memory>
+#include <string>
+#include <tuple>
 
 #include <gtest/gtest.h>
-
 
 namespace {
 
@@ -29,161 +29,131 @@ void ExpectMirrored(const CArray<PARAM, PARG>& params, const CArray<VAR, VARG>& 
   }
 }
 
+// The members of an output element, so one comparison shows a dropped or
+// swapped member.
+auto Fields(const CProperty_INDICA_SubDB& s) {
+  return std::make_tuple(std::wstring(s.strE00.str()), s.nE01, s.nE02, s.nE03, s.nE04, s.nE05, s.nE06, s.nE07,
+                         s.clrE08, s.clrE09, s.nE10, s.nE12, s.nE13, s.nShow);
+}
+
 }  // namespace
 
 TEST(LogicProperty, IndicatorObjectMirrorsItsDefinition) {
   CDBSubINDICA def;
   def.m_strText1 = L"\uC774\uD3C9";  // 이평
+  def.m_strText2 = L"two";
   def.m_strText3 = L"MA(C, Period)";
   AddVariables(def.m_arrVariable, 3);
-  for (int i = 0; i < 2; ++i) {
-    CDBSubINDICA_ELM e;
-    e.strE00.Format(L"line%d", i);
-    e.nE01 = 1 + i; e.nE06 = 6; e.nE07 = 7; e.clrE08 = 0x808; e.clrE09 = 0x909;
-    e.nE10 = 10; e.strE11 = L"not kept"; e.nE12 = 12; e.nE13 = 13;
-    def.m_arrElement.Add(e);
-  }
-  CDBSubINDICA_BASE base;
-  base.nBase0 = 4; base.dBase1 = 70.0; base.nBase5 = 5;
-  def.m_arrBase.Add(base);
+  def.m_arrElement.Add(CDBSubINDICA_ELM{L"line0", 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, L"not kept", 12, 13});
+  def.m_arrElement.Add(CDBSubINDICA_ELM{L"line1", 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, L"", 32, 33});
+  def.m_arrBase.Add(CDBSubINDICA_BASE{4, 70.0, 2, 3, 4, 5});
 
   CProperty_INDICA obj;
   obj.m_strItemCode = L"005930";
   obj.SetSaveFlag(0);
-  CProperty_DATA_Binding bind;
-  bind.nDataType = 4;
-  obj.m_arrBinding.Add(bind);
+  obj.m_arrBinding.Add(CProperty_DATA_Binding());
+  obj.m_arrEvent.Add(CProperty_EVENT_ELEMENT());
   for (int i = 0; i < 6; ++i) obj.m_arrParam.Add(CProperty_INDICA_Param());  // a rebuild replaces these
+  CProperty_INDICA_SubDB hidden;
+  hidden.nShow = 0;
+  obj.m_arrSubDB.Add(hidden);
 
   obj.BuildFromDefinition(L"MA", def);
   EXPECT_EQ(obj.GetName(), L"MA");
   EXPECT_EQ(obj.m_strTitle, L"MA");
   EXPECT_EQ(obj.m_strText1, L"\uC774\uD3C9");
+  EXPECT_EQ(obj.m_strText2, L"two");
   EXPECT_EQ(obj.m_strText3, L"MA(C, Period)");
   ExpectMirrored(obj.m_arrParam, def.m_arrVariable);
+  // Every member of each element in its place, shown, without the text strE11.
   ASSERT_EQ(obj.m_arrSubDB.GetSize(), 2);
-  const CProperty_INDICA_SubDB& s = obj.m_arrSubDB[1];
-  EXPECT_EQ(s.strE00, L"line1");
-  EXPECT_EQ(s.nE01, 2);
-  EXPECT_EQ(s.nE06, 6);
-  EXPECT_EQ(s.nE07, 7);
-  EXPECT_EQ(s.clrE08, 0x808u);
-  EXPECT_EQ(s.clrE09, 0x909u);
-  EXPECT_EQ(s.nE10, 10);
-  EXPECT_EQ(s.nE12, 12);
-  EXPECT_EQ(s.nE13, 13);
-  EXPECT_EQ(s.nShow, 1);
+  EXPECT_EQ(Fields(obj.m_arrSubDB[0]), Fields({L"line0", 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 12, 13, 1}));
+  EXPECT_EQ(Fields(obj.m_arrSubDB[1]), Fields({L"line1", 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 32, 33, 1}));
   ASSERT_EQ(obj.m_arrBasis.GetSize(), 1);
-  EXPECT_EQ(obj.m_arrBasis[0].dBase1, 70.0);
-  EXPECT_EQ(obj.m_arrBasis[0].nBase5, 5);
+  const CProperty_INDICA_Basis& basis = obj.m_arrBasis[0];
+  EXPECT_EQ(std::make_tuple(basis.nBase0, basis.dBase1, basis.nBase2, basis.nBase3, basis.nBase4, basis.nBase5),
+            std::make_tuple(4, 70.0, 2, 3, 4, 5));
   // What the host set on the object survives the build.
   EXPECT_EQ(obj.m_strItemCode, L"005930");
   EXPECT_EQ(obj.GetSaveFlag(), 0);
   EXPECT_EQ(obj.m_arrBinding.GetSize(), 1);
+  EXPECT_EQ(obj.m_arrEvent.GetSize(), 1);
 
   // The object's values are its own: editing them leaves the definition.
   obj.m_arrParam[0].dValue = 99;
   EXPECT_EQ(def.m_arrVariable[0].dValue, 0.0);
 }
 
-TEST(LogicProperty, SignalRegionFillPatternOptimizeMirrorTheirDefinitions) {
+TEST(LogicProperty, SignalRegionFillTakeTextsColourAndParameters) {
   CDBSubSIGNAL sig;
-  sig.clrS04 = 0x123;
+  sig.m_strText1 = L"one";
   sig.m_strText4 = L"four";
+  sig.clrS04 = 0x123;
   AddVariables(sig.m_arrVariable, 2);
   CProperty_SIGNAL ps;
+  ps.SetSaveFlag(0);
   ps.BuildFromDefinition(L"sig", sig);
   ExpectMirrored(ps.m_arrParam, sig.m_arrVariable);
-  EXPECT_EQ(ps.m_clrSignal, 0x123u);
+  EXPECT_EQ(ps.m_strText1, L"one");
   EXPECT_EQ(ps.m_strText4, L"four");
+  EXPECT_EQ(ps.m_clrSignal, 0x123u);
+  EXPECT_EQ(ps.GetSaveFlag(), 0);
 
   CDBSubREGION reg;
+  reg.m_strText3 = L"three";
+  reg.clrR04 = 0x456;
   AddVariables(reg.m_arrVariable, 1);
   CProperty_REGION pr;
   pr.BuildFromDefinition(L"reg", reg);
   ExpectMirrored(pr.m_arrParam, reg.m_arrVariable);
-  EXPECT_EQ(pr.m_clrRegion, 0x0090EE90u);
+  EXPECT_EQ(pr.m_strText3, L"three");
+  EXPECT_EQ(pr.m_clrRegion, 0x456u);
 
   CDBSubFILL fill;
+  fill.m_strText2 = L"two";
   fill.m_strText5 = L"five";
+  fill.clrF06 = 0x789;
   CProperty_FILL pf;
   AddVariables(pf.m_arrParam, 2);  // a definition without variables empties them
   pf.BuildFromDefinition(nullptr, fill);
   EXPECT_EQ(pf.m_arrParam.GetSize(), 0);
+  EXPECT_EQ(pf.m_strText2, L"two");
   EXPECT_EQ(pf.m_strText5, L"five");
-  EXPECT_TRUE(pf.GetName().IsEmpty());
+  EXPECT_EQ(pf.m_clrFill, 0x789u);
+  EXPECT_TRUE(pf.GetName().IsEmpty());  // a null name is an empty one
+}
 
+TEST(LogicProperty, PatternAndOptimizeTakeTheirParts) {
   CDBSubPATTERN pat;
   AddVariables(pat.m_arrVariable, 2);
-  CDBSubPATTERN_BONG bong;
-  bong.nBong1 = 1; bong.nBong2 = 2; bong.nBong3 = 3; bong.nBong4 = 4;
-  pat.m_arrBong.Add(bong);
-  pat.m_arrBong.Add(bong);
-  CDBSubPATTERN_LINE line;
-  line.nLine = 9;
-  pat.m_arrLine.Add(line);
+  pat.m_arrBong.Add(CDBSubPATTERN_BONG{1, 2, 3, 4});
+  pat.m_arrBong.Add(CDBSubPATTERN_BONG{5, 6, 7, 8});
+  pat.m_arrLine.Add(CDBSubPATTERN_LINE{9});
   CProperty_PATTERN pp;
   pp.BuildFromDefinition(L"pat", pat);
   ExpectMirrored(pp.m_arrParam, pat.m_arrVariable);
-  ASSERT_EQ(pp.m_arrSubDB.GetSize(), 3);  // two candles, then the line
-  EXPECT_EQ(pp.m_arrSubDB[1].nKind, CProperty_PATTERN::kSubDBCandle);
-  EXPECT_EQ(pp.m_arrSubDB[1].nValue4, 4);
-  EXPECT_EQ(pp.m_arrSubDB[2].nKind, CProperty_PATTERN::kSubDBLine);
-  EXPECT_EQ(pp.m_arrSubDB[2].nValue1, 9);
-  EXPECT_EQ(pp.m_arrSubDB[2].nValue2, 0);
+  // The candles in order, then the line with only its one integer.
+  ASSERT_EQ(pp.m_arrSubDB.GetSize(), 3);
+  const auto part = [&pp](int i) {
+    const CProperty_PATTERN_SubDB& s = pp.m_arrSubDB[i];
+    return std::make_tuple(s.nKind, s.nValue1, s.nValue2, s.nValue3, s.nValue4);
+  };
+  EXPECT_EQ(part(0), std::make_tuple(CProperty_PATTERN::kSubDBCandle, 1, 2, 3, 4));
+  EXPECT_EQ(part(1), std::make_tuple(CProperty_PATTERN::kSubDBCandle, 5, 6, 7, 8));
+  EXPECT_EQ(part(2), std::make_tuple(CProperty_PATTERN::kSubDBLine, 9, 0, 0, 0));
 
   CDBSubOPTIMIZE opt;
-  CDBSubOPTIMIZE_VAR ov;
-  ov.strText = L"Period"; ov.nValue = 2; ov.dValue1 = 5; ov.dValue2 = 60; ov.dValue3 = 5; ov.dValue4 = 20;
-  opt.m_arrVariable.Add(ov);
-  CDBSubOPTIMIZE_ELM oe;
-  oe.nE01 = 1; oe.nE04 = 4;
-  opt.m_arrElement.Add(oe);
+  opt.m_arrVariable.Add(CDBSubOPTIMIZE_VAR{{L"Period", 2, 5.0, 60.0, 5.5, 20.0}});
+  opt.m_arrElement.Add(CDBSubOPTIMIZE_ELM{1, 2, 3, 4, L"not kept"});
   CProperty_OPTIMIZE po;
   po.m_arrPayoff.Add(CProperty_OPTIMIZE_Payoff());
   po.BuildFromDefinition(L"opt", opt);
   ASSERT_EQ(po.m_arrParam.GetSize(), 1);
-  EXPECT_EQ(po.m_arrParam[0].strText, L"Period");
-  EXPECT_EQ(po.m_arrParam[0].nValue, 2);
-  EXPECT_EQ(po.m_arrParam[0].dValue2, 60.0);
-  EXPECT_EQ(po.m_arrParam[0].dValue4, 20.0);
+  const CProperty_OPTIMIZE_Param& p = po.m_arrParam[0];
+  EXPECT_EQ(std::make_tuple(std::wstring(p.strText.str()), p.nValue, p.dValue1, p.dValue2, p.dValue3, p.dValue4),
+            std::make_tuple(std::wstring(L"Period"), 2, 5.0, 60.0, 5.5, 20.0));
   ASSERT_EQ(po.m_arrSubDB.GetSize(), 1);
-  EXPECT_EQ(po.m_arrSubDB[0].nE04, 4);
+  const CProperty_OPTIMIZE_SubDB& s = po.m_arrSubDB[0];
+  EXPECT_EQ(std::make_tuple(s.nE01, s.nE02, s.nE03, s.nE04), std::make_tuple(1, 2, 3, 4));
   EXPECT_EQ(po.m_arrPayoff.GetSize(), 0);  // results of an earlier run no longer apply
-}
-
-TEST(LogicProperty, ElementCopiesCarryEveryMember) {
-  CProperty_INDICA_SubDB s;
-  s.strE00 = L"\uC120";  // 선
-  s.nE01 = 1; s.nE02 = 2; s.nE03 = 3; s.nE04 = 4; s.nE05 = 5; s.nE06 = 6; s.nE07 = 7;
-  s.clrE08 = 8; s.clrE09 = 9; s.nE10 = 10; s.nE12 = 12; s.nE13 = 13; s.nShow = 0;
-  CProperty_INDICA_SubDB t;
-  t = s;
-  EXPECT_EQ(t.strE00, L"\uC120");
-  // All thirteen integers: 1+…+10 without 8 and 9 as colours, 12, 13, nShow 0.
-  EXPECT_EQ(t.nE01 + t.nE02 + t.nE03 + t.nE04 + t.nE05 + t.nE06 + t.nE07 + t.nE10 + t.nE12 + t.nE13, 63);
-  EXPECT_EQ(t.clrE08 + t.clrE09, 17u);
-  EXPECT_EQ(t.nShow, 0);
-
-  CProperty_EVENT_ELEMENT e;
-  e.nEventType = 1; e.nCondition = 2; e.nElement = 3; e.nEnable = 4;
-  e.strName = L"cross"; e.nSound = 5; e.strSoundFile = L"ding.wav"; e.nMessage = 6; e.strMessage = L"\uB3CC\uD30C";
-  e.nRepeat = 7; e.dValue1 = 1.5; e.dValue2 = 2.5; e.dValue3 = 3.5;
-  CProperty_EVENT_ELEMENT f(e);
-  CProperty_EVENT_ELEMENT g;
-  g = std::move(f);
-  for (const CProperty_EVENT_ELEMENT* x : {&e, &g}) {
-    EXPECT_EQ(x->strName, L"cross");
-    EXPECT_EQ(x->strSoundFile, L"ding.wav");
-    EXPECT_EQ(x->strMessage, L"\uB3CC\uD30C");
-    EXPECT_EQ(x->nEventType + x->nCondition + x->nElement + x->nEnable + x->nSound + x->nMessage + x->nRepeat, 28);
-    EXPECT_EQ(x->dValue1 + x->dValue2 + x->dValue3, 7.5);
-  }
-
-  CProperty_DATA_Binding b;
-  b.nKind = 1; b.nDataType = 5; b.strSource = L"MA"; b.strElement = L"line0"; b.nElement = 0;
-  CProperty_DATA_Binding c(std::move(b));
-  EXPECT_EQ(c.strSource, L"MA");
-  EXPECT_EQ(c.strElement, L"line0");
-  EXPECT_EQ(c.nKind + c.nDataType + c.nElement, 6);
 }
