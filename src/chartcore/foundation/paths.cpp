@@ -6,10 +6,6 @@
 #include "chartcore/platform/filesystem.h"
 #include "chartcore/platform/system.h"
 
-#if !defined(_WIN32)
-#include <sys/stat.h>
-#endif
-
 namespace {
 
 const wchar_t kSep = L'\\';
@@ -65,23 +61,13 @@ std::vector<Entry> ListAll(const CString& directory) { return ListEntries(direct
 // A link to a directory (a symbolic link, or a junction on Windows) is
 // removed as a link: its target is not ours to empty.
 bool IsLink(const CString& path) {
-#if defined(_WIN32)
   const DWORD attributes = GetFileAttributesW(path);
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-#else
-  struct stat info;
-  return lstat(chartcore::internal::NativePathBytes(path).c_str(), &info) == 0 && S_ISLNK(info.st_mode);
-#endif
 }
 
-// Removes a link itself, never what it points to.
-bool RemoveLink(const CString& path) {
-#if defined(_WIN32)
-  return RemoveDirectoryW(path) != 0 || DeleteFileW(path) != 0;
-#else
-  return _wunlink(path) == 0;
-#endif
-}
+// Removes a link itself, never what it points to: a directory link goes as a
+// directory on Windows, every other link as a file.
+bool RemoveLink(const CString& path) { return RemoveDirectoryW(path) != 0 || DeleteFileW(path) != 0; }
 
 // Deletes a file whatever its read-only mark says.
 bool ForceDeleteFile(const CString& path) {

@@ -1044,7 +1044,12 @@ BOOL CFileFind::FindFile(const wchar_t* pstrName, DWORD) {
     e.length = 0;
     e.attributes = 0;
     struct stat st;
-    if (::stat(full.c_str(), &st) == 0 || ::lstat(full.c_str(), &st) == 0) {
+    if (::lstat(full.c_str(), &st) == 0) {
+      if (S_ISLNK(st.st_mode)) {
+        e.attributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+        struct stat target;
+        if (::stat(full.c_str(), &target) == 0) st = target;
+      }
       if (S_ISDIR(st.st_mode)) {
         e.attributes |= FILE_ATTRIBUTE_DIRECTORY;
       } else {

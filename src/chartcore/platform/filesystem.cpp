@@ -248,11 +248,17 @@ DWORD GetFileAttributesW(const wchar_t* lpFileName) {
   }
   const std::string native = NativePathBytes(lpFileName);
   struct stat st;
-  if (!StatPath(native, st) && ::lstat(native.c_str(), &st) != 0) {
+  if (::lstat(native.c_str(), &st) != 0) {
     g_lastError = chartcore::Win32ErrorFromErrno(errno);
     return INVALID_FILE_ATTRIBUTES;
   }
   DWORD attributes = 0;
+  if (S_ISLNK(st.st_mode)) {
+    attributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+    // The rest describes what the link leads to; a dangling link is only a link.
+    struct stat target;
+    if (StatPath(native, target)) st = target;
+  }
   if (S_ISDIR(st.st_mode)) attributes |= FILE_ATTRIBUTE_DIRECTORY;
   if (!HasWriteBits(st)) attributes |= FILE_ATTRIBUTE_READONLY;
   const std::string name = LastPart(native);

@@ -54,8 +54,10 @@ enum : DWORD {
 // File attributes
 // ---------------------------------------------------------------------------
 // On Linux a file is read-only when it has no write permission bit, hidden
-// when its name starts with a dot; FILE_ATTRIBUTE_NORMAL stands for "none of
-// the others".
+// when its name starts with a dot, and a reparse point when it is a symbolic
+// link (with FILE_ATTRIBUTE_DIRECTORY when it leads to a directory, as a
+// Windows directory link has); FILE_ATTRIBUTE_NORMAL stands for "none of the
+// others".
 enum : DWORD {
   FILE_ATTRIBUTE_READONLY = 0x00000001,
   FILE_ATTRIBUTE_HIDDEN = 0x00000002,
@@ -63,6 +65,7 @@ enum : DWORD {
   FILE_ATTRIBUTE_DIRECTORY = 0x00000010,
   FILE_ATTRIBUTE_ARCHIVE = 0x00000020,
   FILE_ATTRIBUTE_NORMAL = 0x00000080,
+  FILE_ATTRIBUTE_REPARSE_POINT = 0x00000400,
 };
 constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFFu;
 
