@@ -25,6 +25,7 @@
 #include "chartcore/platform/file.h"
 #include "chartcore/platform/archive.h"
 #include "chartcore/platform/filesystem.h"
+#include "chartcore/platform/process.h"
 
 // --- packets ---
 #include "chartcore/packets/packet_types.h"

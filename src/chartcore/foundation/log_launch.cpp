@@ -17,19 +17,7 @@
 #include <objbase.h>
 #include <shellapi.h>
 #else
-#include <fcntl.h>
-#include <poll.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
-#include <time.h>
-#include <unistd.h>
-
-#include <cerrno>
-
-extern char** environ;
+#include "chartcore/platform/process.h"
 #endif
 
 namespace {
@@ -310,143 +298,6 @@ std::string NativeTarget(const CString& target) {
   return chartcore::WideToUtf8(chartcore::ToNativePath(target).str());
 }
 
-bool IsExecutableFile(const std::string& path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0;
-}
-
-// The full path of a program found on PATH, or empty. Empty PATH entries
-// (the current directory) are not searched.
-std::string FindOnPath(const std::string& name) {
-  if (name.empty()) return std::string();
-  if (name.find('/') != std::string::npos) return IsExecutableFile(name) ? name : std::string();
-  const char* pathVariable = std::getenv("PATH");
-  const std::string searchPath = pathVariable != nullptr ? pathVariable : "/usr/local/bin:/usr/bin:/bin";
-  size_t start = 0;
-  while (start <= searchPath.size()) {
-    size_t end = searchPath.find(':', start);
-    if (end == std::string::npos) end = searchPath.size();
-    if (end > start) {
-      std::string candidate = searchPath.substr(start, end - start);
-      if (candidate.back() != '/') candidate += '/';
-      candidate += name;
-      if (IsExecutableFile(candidate)) return candidate;
-    }
-    start = end + 1;
-  }
-  return std::string();
-}
-
-// argv in the form exec wants, built before any fork: after it only
-// async-signal-safe calls are allowed.
-class ArgumentVector {
- public:
-  explicit ArgumentVector(const std::vector<std::string>& words) : m_words(words) {
-    for (std::string& w : m_words) m_pointers.push_back(&w[0]);
-    m_pointers.push_back(nullptr);
-  }
-  ArgumentVector(const ArgumentVector&) = delete;
-  ArgumentVector& operator=(const ArgumentVector&) = delete;
-  char* const* get() { return m_pointers.data(); }
-
- private:
-  std::vector<std::string> m_words;
-  std::vector<char*> m_pointers;
-};
-
-// What the started program must not inherit from the host: blocked or
-// ignored signals, the host's terminal session, its input, and its open
-// descriptors. Runs in the forked child, so async-signal-safe calls only.
-void PrepareDetachedChild(const sigset_t& emptyMask) {
-  setsid();
-  struct sigaction defaultAction;
-  std::memset(&defaultAction, 0, sizeof defaultAction);
-  defaultAction.sa_handler = SIG_DFL;
-  for (int sig = 1; sig < NSIG; ++sig) sigaction(sig, &defaultAction, nullptr);
-  sigprocmask(SIG_SETMASK, &emptyMask, nullptr);
-  const int devNull = open("/dev/null", O_RDONLY);
-  if (devNull > 0) {
-    dup2(devNull, 0);
-    close(devNull);
-  }
-#if defined(SYS_close_range)
-  // Marks every other descriptor close-on-exec (kernels without it leave
-  // them as they are; the host's own are normally close-on-exec already).
-  syscall(SYS_close_range, 3u, ~0u, 4u /* CLOSE_RANGE_CLOEXEC */);
-#endif
-}
-
-bool WriteAll(int fd, const char* data, size_t size) {
-  while (size > 0) {
-    const ssize_t n = write(fd, data, size);
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
-    data += n;
-    size -= static_cast<size_t>(n);
-  }
-  return true;
-}
-
-// Starts program with its arguments and returns at once, true when the
-// program was executed. A double fork: the intermediate child exits right
-// after forking the program and is reaped here by its own pid, so the program
-// is adopted by init and never becomes our zombie, and no other child of the
-// host is waited for. Whether exec succeeded comes back through a
-// close-on-exec pipe: end of file means it did, an errno means it did not.
-bool StartDetached(const std::string& program, const std::vector<std::string>& arguments) {
-  if (program.empty()) return false;
-  std::vector<std::string> words;
-  words.push_back(program);
-  words.insert(words.end(), arguments.begin(), arguments.end());
-  ArgumentVector argv(words);
-  const std::string file = program;
-  sigset_t emptyMask;
-  sigemptyset(&emptyMask);
-
-  int status[2];
-  if (pipe2(status, O_CLOEXEC) != 0) return false;
-  const pid_t intermediate = fork();
-  if (intermediate < 0) {
-    close(status[0]);
-    close(status[1]);
-    return false;
-  }
-  if (intermediate == 0) {
-    close(status[0]);
-    const pid_t viewer = fork();
-    if (viewer < 0) {
-      const int error = errno;
-      WriteAll(status[1], reinterpret_cast<const char*>(&error), sizeof error);
-      _exit(1);
-    }
-    if (viewer > 0) _exit(0);
-    PrepareDetachedChild(emptyMask);
-    execve(file.c_str(), argv.get(), environ);
-    const int error = errno;
-    WriteAll(status[1], reinterpret_cast<const char*>(&error), sizeof error);
-    _exit(127);
-  }
-
-  close(status[1]);
-  int childStatus = 0;
-  pid_t reaped;
-  do {
-    reaped = waitpid(intermediate, &childStatus, 0);
-  } while (reaped < 0 && errno == EINTR);
-  int error = 0;
-  ssize_t got;
-  do {
-    got = read(status[0], &error, sizeof error);
-  } while (got < 0 && errno == EINTR);
-  close(status[0]);
-  // A host that reaps every child itself may have taken the intermediate
-  // (ECHILD); the pipe alone then tells.
-  const bool intermediateOk = reaped != intermediate || (WIFEXITED(childStatus) && WEXITSTATUS(childStatus) == 0);
-  return got == 0 && intermediateOk;
-}
-
 // The desktop's openers of a file or address with its default application,
 // in order of preference, with the words that come before the target.
 struct Opener {
@@ -458,12 +309,12 @@ const Opener kOpeners[] = {{"xdg-open", nullptr}, {"gio", "open"},       {"kde-o
 
 bool OpenWithDefaultApplication(const std::string& target) {
   for (const Opener& opener : kOpeners) {
-    const std::string program = FindOnPath(opener.program);
+    const std::string program = chartcore::FindProgramOnPath(opener.program);
     if (program.empty()) continue;
     std::vector<std::string> arguments;
     if (opener.verb != nullptr) arguments.push_back(opener.verb);
     arguments.push_back(target);
-    if (StartDetached(program, arguments)) return true;
+    if (chartcore::StartDetachedProgram(program, arguments)) return true;
   }
   return false;
 }
@@ -473,8 +324,8 @@ const char* const kBrowsers[] = {"x-www-browser", "sensible-browser", "firefox",
 
 bool StartBrowserOnPath(const std::string& target) {
   for (const char* name : kBrowsers) {
-    const std::string program = FindOnPath(name);
-    if (!program.empty() && StartDetached(program, {target})) return true;
+    const std::string program = chartcore::FindProgramOnPath(name);
+    if (!program.empty() && chartcore::StartDetachedProgram(program, {target})) return true;
   }
   return false;
 }
@@ -509,64 +360,9 @@ bool StartBrowserCommand(const std::string& command, const std::string& target) 
   }
   if (words.empty()) return false;
   if (!placed) words.push_back(target);
-  const std::string program = FindOnPath(words.front());
+  const std::string program = chartcore::FindProgramOnPath(words.front());
   words.erase(words.begin());
-  return StartDetached(program, words);
-}
-
-// Runs a program to read what it prints, waiting at most timeoutMs, and
-// keeps at most maxBytes of its standard output.
-bool RunAndCapture(const std::string& program, const std::vector<std::string>& arguments, std::string& output,
-                   int timeoutMs, size_t maxBytes) {
-  output.clear();
-  std::vector<std::string> words;
-  words.push_back(program);
-  words.insert(words.end(), arguments.begin(), arguments.end());
-  ArgumentVector argv(words);
-
-  int out[2];
-  if (pipe2(out, O_CLOEXEC) != 0) return false;
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, out[1], 1);
-  posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-  pid_t pid = 0;
-  const int spawned = posix_spawn(&pid, program.c_str(), &actions, nullptr, argv.get(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  close(out[1]);
-  if (spawned != 0) {
-    close(out[0]);
-    return false;
-  }
-
-  timespec begin;
-  clock_gettime(CLOCK_MONOTONIC, &begin);
-  bool finished = false;
-  char chunk[4096];
-  for (;;) {
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    const long long elapsed = (now.tv_sec - begin.tv_sec) * 1000LL + (now.tv_nsec - begin.tv_nsec) / 1000000;
-    if (elapsed >= timeoutMs) break;
-    pollfd watch{out[0], POLLIN, 0};
-    const int ready = poll(&watch, 1, static_cast<int>(timeoutMs - elapsed));
-    if (ready < 0 && errno == EINTR) continue;
-    if (ready <= 0) break;
-    const ssize_t n = read(out[0], chunk, sizeof chunk);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) {
-      finished = true;
-      break;
-    }
-    if (output.size() < maxBytes) output.append(chunk, std::min(static_cast<size_t>(n), maxBytes - output.size()));
-  }
-  close(out[0]);
-  if (!finished) kill(pid, SIGKILL);
-  int status = 0;
-  while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-  }
-  return finished;
+  return chartcore::StartDetachedProgram(program, words);
 }
 
 // The spreadsheet program that stands for the automation ProgID: the name is
@@ -587,7 +383,7 @@ bool IsSpreadsheetProgId(const wchar_t* progId) {
 
 std::string FindSpreadsheetProgram() {
   for (const char* name : {"localc", "libreoffice", "soffice"}) {
-    std::string program = FindOnPath(name);
+    std::string program = chartcore::FindProgramOnPath(name);
     if (!program.empty()) return program;
   }
   return std::string();
@@ -634,7 +430,7 @@ int GetAppVersion(const wchar_t* progId, wchar_t* version, int versionSize) {
   const std::string program = FindSpreadsheetProgram();
   std::string printed;
   // A first start of an office suite may take a while to set up its profile.
-  if (program.empty() || !RunAndCapture(program, {"--version"}, printed, 20000, 4096)) return 0;
+  if (program.empty() || !chartcore::RunProgramAndCapture(program, {"--version"}, printed, 20000, 4096)) return 0;
   const std::wstring major = MajorVersionOf(printed);
   if (LeadingNumber(major.c_str()) == 0) return 0;
   return CopyOut(major, version, versionSize) ? 1 : 0;
@@ -685,7 +481,7 @@ bool StartRegisteredBrowser(const std::wstring& commands, const CString& target)
 }
 
 bool StartApplication(const wchar_t* application, const CString& path) {
-  return StartDetached(chartcore::WideToUtf8(std::wstring(application)), {NativeTarget(path)});
+  return chartcore::StartDetachedProgram(chartcore::WideToUtf8(std::wstring(application)), {NativeTarget(path)});
 }
 
 // Without an installed spreadsheet program: the desktop's opener.
