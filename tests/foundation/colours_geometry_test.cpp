@@ -9,66 +9,10 @@
 #include "chartcore/platform/system.h"
 
 namespace {
+
 const double kEmpty = 1.7976931348623157e308;
-}  // namespace
+const double kNaN = std::nan("");
 
-TEST(ColourShades, DarkenAndLightenTruncateAndGuardTheirFactor) {
-  EXPECT_EQ(DarkenColor(0xFFFFFF, 0.5), 0x7F7F7Fu);  // 255 - 127.5 = 127.5 truncates to 127
-  EXPECT_EQ(DarkenColor(RGB(200, 100, 1), 0.3), RGB(140, 70, 0));  // 1 - 0.3 truncates to 0
-  EXPECT_EQ(DarkenColor(0xFFFFFF, 1e-9), 0xFEFEFEu);  // 254.99999... still truncates down
-  EXPECT_EQ(LightenColor(0x000000, 1.0), 0xFFFFFFu);
-  EXPECT_EQ(LightenColor(RGB(100, 0, 255), 0.5), RGB(177, 127, 255));  // 177.5 -> 177, 127.5 -> 127
-  // Outside 0 < f <= 1 the colour comes back whole, high byte included;
-  // inside, the high byte is dropped.
-  const COLORREF withHigh = 0xAB123456u;
-  EXPECT_EQ(DarkenColor(withHigh, 0.0), withHigh);
-  EXPECT_EQ(DarkenColor(withHigh, 1.0000001), withHigh);
-  EXPECT_EQ(LightenColor(withHigh, 1.5), withHigh);
-  EXPECT_EQ(LightenColor(withHigh, std::nan("")), withHigh);
-  EXPECT_EQ(DarkenColor(withHigh, 1.0), 0u);
-  EXPECT_EQ(LightenColor(0xFF000000u, 1.0), 0xFFFFFFu);
-}
-
-TEST(ColourShades, InvertXorAndUniqueColours) {
-  EXPECT_EQ(InvertColor(0x00123456u), 0xEDCBA9u);
-  EXPECT_EQ(InvertColor(0xFF000000u), 0xFFFFFFu);  // complement masked to three bytes
-  EXPECT_EQ(ChangeXORColor(0xFF00FF00u, 0x0F0F0F0Fu), 0xF00FF00Fu);  // all 32 bits
-
-  EXPECT_EQ(MakeUniqueColor(0x0000FF, 1), 0x0A0AF5u);  // red 255 -> 245, others +10
-  EXPECT_EQ(MakeUniqueColor(0xAB0000FFu, 0), 0xAB0000FFu);  // index < 1: as it is
-  EXPECT_EQ(MakeUniqueColor(0xAB0000FFu, 1), 0x0A0AF5u);  // high byte dropped
-  EXPECT_EQ(MakeUniqueColor(RGB(255, 251, 0), 26), RGB(251, 255, 4));  // step 260 mod 256 = 4
-  EXPECT_EQ(MakeUniqueColor(RGB(10, 255, 0), 25), RGB(4, 5, 250));  // 260 wraps to 4
-  // 10 * INT_MAX mod 256 = 246 (no overflow): 10 -> 0, 255 -> 9, 0 -> 246.
-  EXPECT_EQ(MakeUniqueColor(RGB(10, 255, 0), INT_MAX), RGB(0, 9, 246));
-}
-
-TEST(ItemWidthSizes, EveryThresholdAtItsBoundary) {
-  // Each threshold itself and just below it.
-  const struct { double width; int font; int signal; } cases[] = {
-      {30.0, 15, 20}, {29.99, 15, 15}, {20.0, 15, 15}, {19.99, 13, 10}, {15.0, 13, 10}, {14.99, 13, 7},
-      {13.0, 13, 7},  {12.99, 11, 7},  {9.0, 11, 7},   {8.99, 9, 5},    {7.0, 9, 5},    {6.99, 9, 4},
-      {6.0, 9, 4},    {5.99, 8, 4},    {5.0, 8, 4},    {4.99, 8, 3},    {-1.0, 8, 3},   {std::nan(""), 8, 3}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(GetFontSizeOfItemWidth(c.width), c.font) << c.width;
-    EXPECT_EQ(GetSignalSizeOfItemWidth(c.width), c.signal) << c.width;
-  }
-}
-
-TEST(ItemWidthSizes, FontHeightAndPointFollowTheScreen) {
-  // Without a window backend the screen has 96 pixels per inch.
-  EXPECT_EQ(GetFontHeightFromPoint(9), -12);  // 9 * 96 / 72 = 12
-  EXPECT_EQ(GetFontHeightFromPoint(11), -15);  // 14.67 rounds to 15
-  EXPECT_EQ(GetFontPointFromHeight(-13), 10);  // -9.75 rounds to -10
-  EXPECT_EQ(GetFontPointFromHeight(2), -2);  // 1.5 rounds away from zero
-  EXPECT_EQ(GetFontPointFromHeight(-2), 2);
-  auto previous = chartcore::SetScreenPixelsPerInchProvider([] { return 120; });
-  EXPECT_EQ(GetFontHeightFromPoint(9), -15);  // 9 * 120 / 72 = 15
-  EXPECT_EQ(GetFontPointFromHeight(-16), 10);  // -9.6 rounds to -10
-  chartcore::SetScreenPixelsPerInchProvider(previous);
-}
-
-namespace {
 CPoint P(int x, int y) { return CPoint(x, y); }
 
 // The crossing of two segments as "x,y", or "none".
@@ -79,26 +23,79 @@ std::string Cross(POINT a1, POINT a2, POINT b1, POINT b2) {
   }
   return std::to_string(out.x) + "," + std::to_string(out.y);
 }
+
 }  // namespace
+
+TEST(ColourShades, DarkenLightenInvertXorAndUniqueColours) {
+  const COLORREF withHigh = 0xAB123456u;
+  const struct { COLORREF got, expected; } cases[] = {
+      {DarkenColor(0xFFFFFF, 0.5), 0x7F7F7F},                     // 255 - 127.5 = 127.5 truncates to 127
+      {DarkenColor(RGB(200, 100, 1), 0.3), RGB(140, 70, 0)},      // 1 - 0.3 truncates to 0
+      {DarkenColor(0xFFFFFF, 1e-9), 0xFEFEFE},                    // 254.99999... still truncates down
+      {LightenColor(0x000000, 1.0), 0xFFFFFF},
+      {LightenColor(RGB(100, 0, 255), 0.5), RGB(177, 127, 255)},  // 177.5 -> 177, 127.5 -> 127
+      // Outside 0 < f <= 1 the colour comes back whole, high byte included;
+      // inside, the high byte is dropped.
+      {DarkenColor(withHigh, 0.0), withHigh}, {DarkenColor(withHigh, 1.0000001), withHigh},
+      {LightenColor(withHigh, 1.5), withHigh}, {LightenColor(withHigh, kNaN), withHigh},
+      {DarkenColor(withHigh, 1.0), 0}, {LightenColor(0xFF000000u, 1.0), 0xFFFFFF},
+      {InvertColor(0x00123456u), 0xEDCBA9}, {InvertColor(0xFF000000u), 0xFFFFFF},  // masked to three bytes
+      {ChangeXORColor(0xFF00FF00u, 0x0F0F0F0Fu), 0xF00FF00Fu},                    // all 32 bits
+      {MakeUniqueColor(0x0000FF, 1), 0x0A0AF5},                                   // red 255 -> 245, others +10
+      {MakeUniqueColor(0xAB0000FFu, 0), 0xAB0000FFu},                             // index < 1: as it is
+      {MakeUniqueColor(0xAB0000FFu, 1), 0x0A0AF5},                                // high byte dropped
+      {MakeUniqueColor(RGB(255, 251, 0), 26), RGB(251, 255, 4)},                  // step 260 mod 256 = 4
+      {MakeUniqueColor(RGB(10, 255, 0), 25), RGB(4, 5, 250)},                     // 260 wraps to 4
+      // 10 * INT_MAX mod 256 = 246 (no overflow): 10 -> 0, 255 -> 9, 0 -> 246.
+      {MakeUniqueColor(RGB(10, 255, 0), INT_MAX), RGB(0, 9, 246)},
+  };
+  int row = 0;
+  for (const auto& c : cases) EXPECT_EQ(c.got, c.expected) << "row " << row++;
+}
+
+TEST(ItemWidthSizes, EveryThresholdAtItsBoundary) {
+  // Each threshold itself and just below it.
+  const struct { double width; int font; int signal; } cases[] = {
+      {30.0, 15, 20}, {29.99, 15, 15}, {20.0, 15, 15}, {19.99, 13, 10}, {15.0, 13, 10}, {14.99, 13, 7},
+      {13.0, 13, 7},  {12.99, 11, 7},  {9.0, 11, 7},   {8.99, 9, 5},    {7.0, 9, 5},    {6.99, 9, 4},
+      {6.0, 9, 4},    {5.99, 8, 4},    {5.0, 8, 4},    {4.99, 8, 3},    {-1.0, 8, 3},   {kNaN, 8, 3}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(GetFontSizeOfItemWidth(c.width), c.font) << c.width;
+    EXPECT_EQ(GetSignalSizeOfItemWidth(c.width), c.signal) << c.width;
+  }
+}
+
+TEST(ItemWidthSizes, FontHeightAndPointFollowTheScreen) {
+  // Without a window backend the screen has 96 pixels per inch.
+  EXPECT_EQ(GetFontHeightFromPoint(9), -12);   // 9 * 96 / 72 = 12
+  EXPECT_EQ(GetFontHeightFromPoint(11), -15);  // 14.67 rounds to 15
+  EXPECT_EQ(GetFontPointFromHeight(-13), 10);  // -9.75 rounds to -10
+  EXPECT_EQ(GetFontPointFromHeight(2), -2);    // 1.5 rounds away from zero
+  EXPECT_EQ(GetFontPointFromHeight(-2), 2);
+  auto previous = chartcore::SetScreenPixelsPerInchProvider([] { return 120; });
+  EXPECT_EQ(GetFontHeightFromPoint(9), -15);   // 9 * 120 / 72 = 15
+  EXPECT_EQ(GetFontPointFromHeight(-16), 10);  // -9.6 rounds to -10
+  chartcore::SetScreenPixelsPerInchProvider(previous);
+}
 
 TEST(LineGeometry, SlopeCentreAndLineForm) {
   EXPECT_EQ(GetLineSlope(P(3, 0), P(3, 9)), kEmpty);  // vertical
   EXPECT_DOUBLE_EQ(GetLineSlope(P(4, 2), P(0, 0)), 0.5);
-
-  EXPECT_EQ(GetCenterPoint(P(5, 5), P(0, 0)), P(2, 2));  // leans to the smaller
-  EXPECT_EQ(GetCenterPoint(P(-5, 7), P(0, 7)), P(-3, 7));  // -5 + trunc(5 / 2)
+  EXPECT_EQ(GetCenterPoint(P(5, 5), P(0, 0)), P(2, 2));               // leans to the smaller
+  EXPECT_EQ(GetCenterPoint(P(-5, 7), P(0, 7)), P(-3, 7));             // -5 + trunc(5 / 2)
   EXPECT_EQ(GetCenterPoint(P(INT_MIN, 0), P(INT_MAX, 0)), P(-1, 0));  // no overflow
 
-  double slope = 7.0, intercept = 7.0;
-  EXPECT_EQ(CalcANALInfo(P(1, 1), P(1, 1), slope, intercept), ANAL_DIRECT_NONE);
-  EXPECT_EQ(slope, 0.0);  // reset even when there is no line
-  EXPECT_EQ(intercept, 0.0);
-  EXPECT_EQ(CalcANALInfo(P(0, 0), P(10, 5), slope, intercept), ANAL_DIRECT_SHALLOW);
-  EXPECT_DOUBLE_EQ(slope, 0.5);
-  EXPECT_EQ(CalcANALInfo(P(2, 1), P(4, 5), slope, intercept), ANAL_DIRECT_STEEP);
-  EXPECT_DOUBLE_EQ(slope, 0.5);  // x = 0.5 y + 1.5
-  EXPECT_DOUBLE_EQ(intercept, 1.5);
-  EXPECT_EQ(CalcANALInfo(P(0, 0), P(3, 3), slope, intercept), ANAL_DIRECT_SHALLOW);  // 45 degrees
+  const struct { CPoint a, b; int kind; double slope, intercept; } lines[] = {
+      {P(1, 1), P(1, 1), ANAL_DIRECT_NONE, 0.0, 0.0},  // reset even when there is no line
+      {P(0, 0), P(10, 5), ANAL_DIRECT_SHALLOW, 0.5, 0.0},
+      {P(2, 1), P(4, 5), ANAL_DIRECT_STEEP, 0.5, 1.5},   // x = 0.5 y + 1.5
+      {P(0, 0), P(3, 3), ANAL_DIRECT_SHALLOW, 1.0, 0.0}};  // 45 degrees
+  for (const auto& c : lines) {
+    double slope = 7.0, intercept = 7.0;
+    EXPECT_EQ(CalcANALInfo(c.a, c.b, slope, intercept), c.kind) << c.b.x << "," << c.b.y;
+    EXPECT_DOUBLE_EQ(slope, c.slope) << c.b.x << "," << c.b.y;
+    EXPECT_DOUBLE_EQ(intercept, c.intercept) << c.b.x << "," << c.b.y;
+  }
 }
 
 TEST(LineGeometry, HitTestStrictFivePixelsAndQuarterOfADrag) {
@@ -151,21 +148,21 @@ TEST(RectRotation, QuarterTurnsAndCorners) {
   EXPECT_EQ(CPoint(c[2]), P(2, -2));
   RotateRectByCenter(CRect(-10, -10, 10, 10), 45.0, c);  // -10 sqrt 2 = -14.14
   EXPECT_EQ(CPoint(c[0]), P(-14, 0));
-  RotateRectByCenter(CRect(1, 2, 3, 4), std::nan(""), c);  // no angle: no turn
+  RotateRectByCenter(CRect(1, 2, 3, 4), kNaN, c);  // no angle: no turn
   EXPECT_EQ(CPoint(c[2]), P(3, 4));
 }
 
 TEST(HighestLowestRange, SkipsEmptyClampsAndSwaps) {
-  const double v[] = {5.0, kEmpty, 9.0, -2.0, std::nan(""), 7.0};
-  double hi = 0, lo = 0;
-  EXPECT_EQ(CalcHighestLowest(v, 6, 5, 0, hi, lo), 1);  // reversed range
-  EXPECT_EQ(hi, 9.0);  // the empty value is not a price
-  EXPECT_EQ(lo, -2.0);
-  EXPECT_EQ(CalcHighestLowest(v, 6, 4, 100, hi, lo), 1);  // clamped; NaN skipped
-  EXPECT_EQ(hi, 7.0);
-  EXPECT_EQ(lo, 7.0);
-  EXPECT_EQ(CalcHighestLowest(v, 6, 1, 1, hi, lo), 0);  // only an empty slot
-  EXPECT_EQ(hi, kEmpty);
-  EXPECT_EQ(lo, kEmpty);
-  EXPECT_EQ(CalcHighestLowest(v, 6, 10, 20, hi, lo), 0);  // wholly past the end
+  const double v[] = {5.0, kEmpty, 9.0, -2.0, kNaN, 7.0};
+  const struct { int first, last, found; double highest, lowest; } cases[] = {
+      {5, 0, 1, 9.0, -2.0},       // reversed range; the empty value is not a price
+      {4, 100, 1, 7.0, 7.0},      // clamped; NaN skipped
+      {1, 1, 0, kEmpty, kEmpty},  // only an empty slot
+      {10, 20, 0, kEmpty, kEmpty}};  // wholly past the end
+  for (const auto& c : cases) {
+    double hi = 0, lo = 0;
+    EXPECT_EQ(CalcHighestLowest(v, 6, c.first, c.last, hi, lo), c.found) << c.first << ".." << c.last;
+    EXPECT_EQ(hi, c.highest) << c.first << ".." << c.last;
+    EXPECT_EQ(lo, c.lowest) << c.first << ".." << c.last;
+  }
 }
