@@ -22,7 +22,8 @@ TEST(WorkspacePathText, FoldersJoinRootAsItStands) {
                  L"C:\\Root\\Save\\|C:\\Root\\Templ\\|C:\\Root\\Event\\|");
   // A trailing separator on the root is kept, so it doubles.
   EXPECT_EQ(GetPath_Logic_Indica(L"C:\\Root\\"), L"C:\\Root\\\\Logic\\Indica\\");
-  EXPECT_EQ(GetPath(L"C:\\Root") + GetPath(L"C:\\Root\\"), L"C:\\Root\\C:\\Root\\");
+  EXPECT_EQ(GetPath(L"C:\\Root"), L"C:\\Root\\");
+  EXPECT_EQ(GetPath(L"C:\\Root\\"), L"C:\\Root\\");
   EXPECT_EQ(GetPath(L"C:\\Root\\\\"), L"C:\\Root\\\\");  // only a missing one is added
   EXPECT_EQ(GetPath(L""), L"\\");
 
