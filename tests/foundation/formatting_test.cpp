@@ -325,6 +325,7 @@ TEST(FormattingHelpers, AutoDecimalAndDifferences) {
       {W(GetAutoYPacketStringOfFormat(-0.001, 2)), L"0"}, {W(GetAutoYPacketStringOfFormat(1234.5, 65)), L"1,234`1"},
       {W(GetAutoYPacketStringOfFormat(kPacketEmptyValue, 2)), L"N/A"},
       {W(GetDecimalFloatFormat(1234.5, 3, 1, 0)), L"1,234.500"}, {W(GetDecimalFloatFormat(1234.5, 3, 0, 1)), L"1234.5"},
+      {W(GetDecimalFloatFormat(0.125, 2, 0, 0)), L"0.13"},  // an exact tie goes away from zero
       {W(GetDecimalFloatFormat(1.0, 25, 0, 0)), L"1." + std::wstring(25, L'0')},  // beyond the fast path
       {W(GetDecimalFloatFormat(1e19, 2, 0, 0)), L"N/A"},
   });
