@@ -32,26 +32,15 @@ TEST(RecordAllocations, ReadingAllocatesOncePerStringAndGrowthStep) {
   const CString longText(L'x', 40);  // beyond any small-string buffer
   CDBSubINDICA source;
   source.m_strText1 = source.m_strText2 = source.m_strText3 = longText;
-  for (int i = 0; i < 5; ++i) {
-    CDBSubINDICA_ELM e;
-    e.strE00 = e.strE11 = longText;
-    source.m_arrElement.Add(e);
-  }
-  for (int i = 0; i < 3; ++i) {
-    CDBSubINDICA_VAR v;
-    v.strText = longText;
-    source.m_arrVariable.Add(v);
-  }
-  source.m_arrBase.Add(CDBSubINDICA_BASE());
-  source.m_arrBase.Add(CDBSubINDICA_BASE());
-  testing_records::Bytes bytes = testing_records::Store(source);
-
-  CMemFile file(bytes.data(), static_cast<UINT>(bytes.size()));
-  CArchive ar(&file, CArchive::load);
+  source.m_arrElement.SetSize(5);
+  for (CDBSubINDICA_ELM& e : source.m_arrElement) e.strE00 = e.strE11 = longText;
+  source.m_arrVariable.SetSize(3);
+  for (CDBSubINDICA_VAR& v : source.m_arrVariable) v.strText = longText;
+  source.m_arrBase.SetSize(2);
+  const testing_records::Bytes bytes = testing_records::Store(source);
   CDBSubINDICA target;
-  g_counting = true;
-  target.Serialize(ar);
-  g_counting = false;
+  const auto countedRead = [&target](CArchive& ar) { g_counting = true; target.Serialize(ar); g_counting = false; };
+  EXPECT_EQ(testing_records::ReadCause(bytes, countedRead), -1);  // the file and archive are made before counting
   // 16 strings (3 texts, 2 per element, 1 per variable); growth steps: the
   // elements 2 (room for 4, then 6), the variables 1, the bases 1.
   EXPECT_LE(g_allocations, 16 + 4);
