@@ -11,9 +11,9 @@
 #include "chartcore/platform/file.h"
 #include "platform/temp_folder.h"
 
-using chartcore_test::ReadAll;
+namespace {
+
 using chartcore_test::TempFolder;
-using chartcore_test::WriteAll;
 
 // A plain file's attributes: none on Windows, FILE_ATTRIBUTE_NORMAL standing
 // for "none" in the Linux stand-ins.
@@ -23,51 +23,51 @@ constexpr DWORD kPlainFileAttributes = 0;
 constexpr DWORD kPlainFileAttributes = FILE_ATTRIBUTE_NORMAL;
 #endif
 
+// The outcome of a C runtime call: 0 for success, else the errno it set.
+int Errno(int result) { return result == 0 ? 0 : result == -1 ? errno : -2; }
+// The outcome of a Win32 call: 0 for success, else its GetLastError.
+DWORD Error(BOOL ok) { return ok ? 0 : GetLastError(); }
+
+}  // namespace
+
 TEST(FileSystemCalls, CRuntimeFolderAndFileCalls) {
   TempFolder dir;
   const CString logic = dir.Path(L"Logic");
-  EXPECT_EQ(_wmkdir(logic), 0);
-  EXPECT_EQ(_wmkdir(logic), -1);
-  EXPECT_EQ(errno, EEXIST);
-  EXPECT_EQ(_wmkdir(dir.Path(L"a\\b")), -1);  // one level at a time
-  EXPECT_EQ(errno, ENOENT);
-  EXPECT_EQ(_wmkdir(logic + L"\\Indica"), 0);
-  EXPECT_EQ(_waccess(logic + L"\\Indica\\", 0), 0);  // a trailing `\` still names the folder
-  EXPECT_EQ(_wrmdir(logic), -1);
-  EXPECT_EQ(errno, ENOTEMPTY);
+  EXPECT_EQ(Errno(_wmkdir(logic)), 0);
+  EXPECT_EQ(Errno(_wmkdir(logic)), EEXIST);
+  EXPECT_EQ(Errno(_wmkdir(dir.Path(L"a\\b"))), ENOENT);  // one level at a time
+  EXPECT_EQ(Errno(_wmkdir(logic + L"\\Indica")), 0);
+  EXPECT_EQ(Errno(_waccess(logic + L"\\Indica\\", 0)), 0);  // a trailing `\` still names the folder
+  EXPECT_EQ(Errno(_wrmdir(logic)), ENOTEMPTY);
 
-  WriteAll(dir.Native("f.dat"), "abc");
+  dir.MakeFile("f.dat", "abc");
   const CString file = dir.Path(L"f.dat");
-  EXPECT_EQ(_waccess(file, 0), 0);
-  EXPECT_EQ(_waccess(file, 6), 0);
+  EXPECT_EQ(Errno(_waccess(file, 0)), 0);
+  EXPECT_EQ(Errno(_waccess(file, 6)), 0);
 #if !defined(_WIN32)
   // The newer runtime refuses the execute bit; msvcrt ignores it.
-  EXPECT_EQ(_waccess(file, 1), -1);  // execute is no Windows mode
-  EXPECT_EQ(errno, EINVAL);
+  EXPECT_EQ(Errno(_waccess(file, 1)), EINVAL);  // execute is no Windows mode
 #endif
   chmod(dir.Native("f.dat").c_str(), 0444);
-  EXPECT_EQ(_waccess(file, 4), 0);
-  EXPECT_EQ(_waccess(file, 2), -1);  // read-only, whoever asks
-  EXPECT_EQ(errno, EACCES);
+  EXPECT_EQ(Errno(_waccess(file, 4)), 0);
+  EXPECT_EQ(Errno(_waccess(file, 2)), EACCES);  // read-only, whoever asks
   chmod(dir.Native("f.dat").c_str(), 0644);
-  EXPECT_EQ(_waccess(dir.Path(L"none"), 0), -1);
-  EXPECT_EQ(errno, ENOENT);
+  EXPECT_EQ(Errno(_waccess(dir.Path(L"none"), 0)), ENOENT);
 
-  WriteAll(dir.Native("g.dat"), "g");
+  dir.MakeFile("g.dat", "g");
   EXPECT_EQ(_wrename(file, dir.Path(L"g.dat")), -1);  // never replaces
 #if !defined(_WIN32)
   EXPECT_EQ(errno, EACCES);  // as documented; msvcrt itself reports EEXIST
 #endif
-  EXPECT_EQ(_wrename(file, dir.Path(L"h.dat")), 0);
-  EXPECT_EQ(ReadAll(dir.Native("h.dat")), "abc");
-  EXPECT_EQ(_wremove(logic), -1);  // folders are not removed as files
-  EXPECT_EQ(errno, EACCES);
-  EXPECT_EQ(_wremove(dir.Path(L"h.dat")), 0);
-  EXPECT_EQ(_wunlink(dir.Path(L"g.dat")), 0);
-  EXPECT_EQ(_wunlink(dir.Path(L"g.dat")), -1);
-  EXPECT_EQ(errno, ENOENT);
-  EXPECT_EQ(_wrmdir(logic + L"\\Indica"), 0);
-  EXPECT_EQ(_wrmdir(logic), 0);
+  EXPECT_EQ(Errno(_wrename(file, dir.Path(L"h.dat"))), 0);
+  EXPECT_EQ(dir.Read("h.dat"), "abc");
+  EXPECT_EQ(Errno(_wremove(logic)), EACCES);  // folders are not removed as files
+  EXPECT_EQ(Errno(_wremove(dir.Path(L"h.dat"))), 0);
+  EXPECT_EQ(Errno(_wunlink(dir.Path(L"g.dat"))), 0);
+  EXPECT_EQ(Errno(_wunlink(dir.Path(L"g.dat"))), ENOENT);
+  EXPECT_EQ(Errno(_wrmdir(logic + L"\\Indica")), 0);
+  EXPECT_EQ(Errno(_wrmdir(logic)), 0);
+  EXPECT_EQ(dir.Tree(""), std::vector<std::string>{});
 }
 
 TEST(FileSystemCalls, Win32CallsAndLastError) {
@@ -77,67 +77,54 @@ TEST(FileSystemCalls, Win32CallsAndLastError) {
 #if !defined(_WIN32)
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS));  // the system leaves it as it was
 #endif
-  EXPECT_FALSE(CreateDirectoryW(save, nullptr));
-  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
-  EXPECT_FALSE(CreateDirectoryW(dir.Path(L"x\\y"), nullptr));
-  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PATH_NOT_FOUND));
-
-  WriteAll(dir.Native("Save/a.dat"), "data");
-  EXPECT_FALSE(RemoveDirectoryW(save));
-  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_DIR_NOT_EMPTY));
+  EXPECT_EQ(Error(CreateDirectoryW(save, nullptr)), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
+  EXPECT_EQ(Error(CreateDirectoryW(dir.Path(L"x\\y"), nullptr)), static_cast<DWORD>(ERROR_PATH_NOT_FOUND));
+  dir.MakeFile("Save/a.dat", "data");
+  EXPECT_EQ(Error(RemoveDirectoryW(save)), static_cast<DWORD>(ERROR_DIR_NOT_EMPTY));
 
   const CString a = save + L"\\a.dat";
   const CString b = save + L"\\b.dat";
-  EXPECT_TRUE(CopyFileW(a, b, TRUE));
-  EXPECT_EQ(ReadAll(dir.Native("Save/b.dat")), "data");
-  EXPECT_FALSE(CopyFileW(a, b, TRUE));
-  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_EXISTS));
-  WriteAll(dir.Native("Save/a.dat"), "newer");
-  EXPECT_TRUE(CopyFileW(a, b, FALSE));
-  EXPECT_EQ(ReadAll(dir.Native("Save/b.dat")), "newer");
-  EXPECT_FALSE(CopyFileW(dir.Path(L"none"), b, FALSE));
-  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
-  EXPECT_FALSE(CopyFileW(save, b, FALSE));  // a folder is not copied
-  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
+  EXPECT_EQ(Error(CopyFileW(a, b, TRUE)), 0u);
+  EXPECT_EQ(dir.Read("Save/b.dat"), "data");
+  EXPECT_EQ(Error(CopyFileW(a, b, TRUE)), static_cast<DWORD>(ERROR_FILE_EXISTS));
+  dir.MakeFile("Save/a.dat", "newer");
+  EXPECT_EQ(Error(CopyFileW(a, b, FALSE)), 0u);
+  EXPECT_EQ(dir.Read("Save/b.dat"), "newer");
+  EXPECT_EQ(Error(CopyFileW(dir.Path(L"none"), b, FALSE)), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+  EXPECT_EQ(Error(CopyFileW(save, b, FALSE)), static_cast<DWORD>(ERROR_ACCESS_DENIED));  // a folder is not copied
 
   // Attributes: read-only is the absence of write bits; the flag copies.
-  EXPECT_EQ(GetFileAttributesW(save), static_cast<DWORD>(FILE_ATTRIBUTE_DIRECTORY));
   // Windows marks every new file for archiving; Linux has no such bit.
-  EXPECT_EQ(GetFileAttributesW(a) & ~FILE_ATTRIBUTE_ARCHIVE,
-            static_cast<DWORD>(kPlainFileAttributes));
+  EXPECT_EQ(GetFileAttributesW(save), static_cast<DWORD>(FILE_ATTRIBUTE_DIRECTORY));
+  EXPECT_EQ(GetFileAttributesW(a) & ~FILE_ATTRIBUTE_ARCHIVE, kPlainFileAttributes);
   EXPECT_EQ(GetFileAttributesW(dir.Path(L"none")), INVALID_FILE_ATTRIBUTES);
   EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
   EXPECT_TRUE(SetFileAttributesW(a, FILE_ATTRIBUTE_READONLY));
   EXPECT_EQ(GetFileAttributesW(a) & ~FILE_ATTRIBUTE_ARCHIVE, static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
-  EXPECT_FALSE(DeleteFileW(a));  // read-only files are not deleted
-  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
+  EXPECT_EQ(Error(DeleteFileW(a)), static_cast<DWORD>(ERROR_ACCESS_DENIED));  // read-only files are not deleted
 #if !defined(_WIN32)
   EXPECT_FALSE(CopyFileW(b, a, FALSE));  // nor replaced (Wine's CopyFileW does replace it)
 #endif
-  EXPECT_TRUE(CopyFileW(a, save + L"\\c.dat", TRUE));
-  EXPECT_EQ(GetFileAttributesW(save + L"\\c.dat") & FILE_ATTRIBUTE_READONLY, static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
-  EXPECT_TRUE(SetFileAttributesW(a, FILE_ATTRIBUTE_NORMAL));
-  EXPECT_TRUE(SetFileAttributesW(save + L"\\c.dat", FILE_ATTRIBUTE_NORMAL));
-  EXPECT_TRUE(DeleteFileW(save + L"\\c.dat"));
+  const CString c = save + L"\\c.dat";
+  EXPECT_TRUE(CopyFileW(a, c, TRUE));
+  EXPECT_EQ(GetFileAttributesW(c) & FILE_ATTRIBUTE_READONLY, static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
+  EXPECT_TRUE(SetFileAttributesW(a, FILE_ATTRIBUTE_NORMAL) && SetFileAttributesW(c, FILE_ATTRIBUTE_NORMAL));
+  EXPECT_TRUE(DeleteFileW(c));
   EXPECT_FALSE(DeleteFileW(save));  // nor folders
-  WriteAll(dir.Native(".config"), "");
+  dir.MakeFile(".config", "");
   EXPECT_EQ(GetFileAttributesW(dir.Path(L".config")) & ~FILE_ATTRIBUTE_ARCHIVE,
             static_cast<DWORD>(FILE_ATTRIBUTE_HIDDEN));
 
   // Moving never replaces unless asked to.
-  EXPECT_FALSE(MoveFileW(a, b));
-  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
+  EXPECT_EQ(Error(MoveFileW(a, b)), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
   EXPECT_TRUE(MoveFileExW(a, b, MOVEFILE_REPLACE_EXISTING));
   EXPECT_EQ(GetFileAttributesW(a), INVALID_FILE_ATTRIBUTES);
   EXPECT_TRUE(MoveFileW(save, dir.Path(L"Saved")));
-  EXPECT_EQ(ReadAll(dir.Native("Saved/b.dat")), "newer");
-  EXPECT_FALSE(MoveFileW(dir.Path(L"none"), dir.Path(L"other")));
-  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
-
+  EXPECT_EQ(dir.Read("Saved/b.dat"), "newer");
+  EXPECT_EQ(Error(MoveFileW(dir.Path(L"none"), dir.Path(L"other"))), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
   EXPECT_TRUE(DeleteFileW(dir.Path(L"Saved\\b.dat")));
   EXPECT_TRUE(RemoveDirectoryW(dir.Path(L"Saved")));
-  EXPECT_FALSE(RemoveDirectoryW(dir.Path(L"Saved")));
-  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+  EXPECT_EQ(Error(RemoveDirectoryW(dir.Path(L"Saved"))), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
 }
 
 #if !defined(_WIN32)
@@ -145,15 +132,15 @@ TEST(FileSystemCalls, Win32CallsAndLastError) {
 // injector.
 TEST(FileSystemCalls, InjectedRenameFailureLeavesBothNames) {
   TempFolder dir;
-  WriteAll(dir.Native("from.dat"), "x");
+  dir.MakeFile("from.dat", "x");
+  using chartcore::internal::FileOperation;
   chartcore::internal::ResetFileFaultInjector();
-  chartcore::internal::SetFileFaultInjector(chartcore::internal::FileOperation::kRename, 1, EIO);
-  EXPECT_EQ(_wrename(dir.Path(L"from.dat"), dir.Path(L"to.dat")), -1);
-  EXPECT_EQ(errno, EIO);
-  chartcore::internal::SetFileFaultInjector(chartcore::internal::FileOperation::kRename, 1, EIO);
+  chartcore::internal::SetFileFaultInjector(FileOperation::kRename, 1, EIO);
+  EXPECT_EQ(Errno(_wrename(dir.Path(L"from.dat"), dir.Path(L"to.dat"))), EIO);
+  chartcore::internal::SetFileFaultInjector(FileOperation::kRename, 1, EIO);
   EXPECT_FALSE(MoveFileW(dir.Path(L"from.dat"), dir.Path(L"to.dat")));
   chartcore::internal::ResetFileFaultInjector();
-  EXPECT_EQ(ReadAll(dir.Native("from.dat")), "x");
-  EXPECT_EQ(GetFileAttributesW(dir.Path(L"to.dat")), INVALID_FILE_ATTRIBUTES);
+  EXPECT_EQ(dir.Tree(""), std::vector<std::string>{"from.dat"});
+  EXPECT_EQ(dir.Read("from.dat"), "x");
 }
 #endif  // !_WIN32
