@@ -2,6 +2,8 @@
 // message routing, painting, focus, dialogs, clipboard and key state.
 #include "chartcore/platform/window.h"
 
+#include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -12,37 +14,35 @@ using chartcore::GetHeadlessPort;
 using chartcore::GetHeadlessPortFactory;
 using chartcore::HeadlessDrawOp;
 
-// Records what reaches its handlers.
+// Records what reaches its handlers, in order, into its own log or a shared one.
 class ProbeWnd : public CWnd {
  public:
-  std::vector<UINT_PTR> timers;
-  std::vector<UINT> chars;
-  std::vector<UINT> charFlags;
-  std::vector<UINT> charRepeats;
-  int focusIn = 0, focusOut = 0, destroyed = 0, paints = 0;
-  CSize lastSize;
+  std::string log;
+  std::string* sink = &log;
+  std::string tag;  // written before each entry
   BOOL consumeKeyDown = FALSE;
   UINT_PTR killOnFire = 0;
   bool drawOnPaint = false;
 
   BOOL PreTranslateMessage(MSG* msg) override { return msg->message == WM_KEYDOWN && consumeKeyDown; }
+  // The log so far, leaving it empty.
+  std::string Take() { return std::exchange(log, std::string()); }
 
  protected:
+  void Note(const std::string& what) { *sink += tag + what + " "; }
   void OnTimer(UINT_PTR id) override {
-    timers.push_back(id);
+    Note("timer" + std::to_string(id));
     if (killOnFire == id) KillTimer(id);
   }
   void OnChar(UINT ch, UINT rep, UINT flags) override {
-    chars.push_back(ch);
-    charRepeats.push_back(rep);
-    charFlags.push_back(flags);
+    Note("char" + std::to_string(ch) + "x" + std::to_string(rep) + "/" + std::to_string(flags));
   }
-  void OnSetFocus(CWnd*) override { ++focusIn; }
-  void OnKillFocus(CWnd*) override { ++focusOut; }
-  void OnDestroy() override { ++destroyed; }
-  void OnSize(UINT, int cx, int cy) override { lastSize = CSize(cx, cy); }
+  void OnSetFocus(CWnd*) override { Note("focus"); }
+  void OnKillFocus(CWnd*) override { Note("unfocus"); }
+  void OnDestroy() override { Note("destroy"); }
+  void OnSize(UINT, int cx, int cy) override { Note("size" + std::to_string(cx) + "x" + std::to_string(cy)); }
   void OnPaint() override {
-    ++paints;
+    Note("paint");
     CPaintDC dc(this);
     if (!drawOnPaint) return;
     dc.FillSolidRect(0, 0, 10, 10, RGB(1, 2, 3));
@@ -76,38 +76,35 @@ TEST_F(WindowTest, TimersFireOnTheManualClockOnly) {
   ProbeWnd wnd;
   EXPECT_EQ(wnd.SetTimer(1, 3000), 0u);  // not created yet: no timer
   ASSERT_TRUE(wnd.Create(nullptr, L"w", WS_POPUP, CRect(0, 0, 100, 50), nullptr, 7));
+  wnd.Take();
   EXPECT_EQ(wnd.SetTimer(0, 3000), 0u);  // id 0 is refused
   ASSERT_EQ(wnd.SetTimer(1, 3000), 1u);
   auto& clock = GetHeadlessPortFactory();
-
   clock.AdvanceClock(2999);  // one millisecond short
-  EXPECT_TRUE(wnd.timers.empty());
+  EXPECT_EQ(wnd.Take(), "");
   EXPECT_EQ(clock.AdvanceClock(1), 1);
-  EXPECT_EQ(wnd.timers, std::vector<UINT_PTR>{1});
+  EXPECT_EQ(wnd.Take(), "timer1 ");
   // Repeats every period until killed: 7000 ms more is two more firings.
   EXPECT_EQ(clock.AdvanceClock(7000), 2);
-  EXPECT_EQ(wnd.timers.size(), 3u);
-
   // Setting the id again restarts it from now.
   clock.AdvanceClock(1000);  // at 11000, 1000 ms before it would fire
   wnd.SetTimer(1, 3000);     // now due at 14000
   clock.AdvanceClock(2000);
-  EXPECT_EQ(wnd.timers.size(), 3u);
+  EXPECT_EQ(wnd.Take(), "timer1 timer1 ");
   clock.AdvanceClock(1000);
-  EXPECT_EQ(wnd.timers.size(), 4u);
-
+  EXPECT_EQ(wnd.Take(), "timer1 ");
   EXPECT_TRUE(wnd.KillTimer(1));
   EXPECT_FALSE(wnd.KillTimer(1));  // already gone
   clock.AdvanceClock(10000);
-  EXPECT_EQ(wnd.timers.size(), 4u);
+  EXPECT_EQ(wnd.Take(), "");
 
   // A handler that kills its timer fires once; periods below 10 ms become 10.
   wnd.killOnFire = 2;
   wnd.SetTimer(2, 1);
   clock.AdvanceClock(9);
-  EXPECT_EQ(wnd.timers.size(), 4u);
+  EXPECT_EQ(wnd.Take(), "");
   EXPECT_EQ(clock.AdvanceClock(100), 1);
-  EXPECT_EQ(wnd.timers.back(), 2u);
+  EXPECT_EQ(wnd.Take(), "timer2 ");
 
   // Destroying the window stops its timers.
   wnd.SetTimer(3, 50);
@@ -115,35 +112,29 @@ TEST_F(WindowTest, TimersFireOnTheManualClockOnly) {
   wnd.DestroyWindow();
   EXPECT_FALSE(clock.IsTimerRunning(&wnd, 3));
   EXPECT_EQ(clock.AdvanceClock(1000), 0);
-}
 
-TEST_F(WindowTest, TimersOfSeveralWindowsFireInTimeOrder) {
-  struct Log : ProbeWnd {
-    std::vector<int>* order;
-    int tag;
-    void OnTimer(UINT_PTR) override { order->push_back(tag); }
-  };
-  std::vector<int> order;
-  Log a, b;
-  a.order = b.order = &order;
-  a.tag = 1;
-  b.tag = 2;
+  // Timers of several windows fire in time order: b at 200, 400, 600; a at
+  // 300, 600 (set first, so first at the tie).
+  std::string order;
+  ProbeWnd a, b;
   a.Create(nullptr, L"a", WS_POPUP, CRect(0, 0, 1, 1), nullptr, 1);
   b.Create(nullptr, L"b", WS_POPUP, CRect(0, 0, 1, 1), nullptr, 2);
+  a.sink = b.sink = &order;
+  a.tag = "a.";
+  b.tag = "b.";
   a.SetTimer(1, 300);
   b.SetTimer(1, 200);
-  // b at 200, 400, 600; a at 300, 600 (set first, so first at the tie).
-  GetHeadlessPortFactory().AdvanceClock(600);
-  EXPECT_EQ(order, (std::vector<int>{2, 1, 2, 1, 2}));
-  a.KillTimer(1);
-  b.KillTimer(1);
+  clock.AdvanceClock(600);
+  EXPECT_EQ(order, "b.timer1 a.timer1 b.timer1 a.timer1 b.timer1 ");
+  a.sink = &a.log;
+  b.sink = &b.log;
 }
 
-TEST_F(WindowTest, GeometryOfChildrenAndPopups) {
+TEST_F(WindowTest, GeometryAndMessageRoutingOfChildren) {
   ProbeWnd top, child;
   ASSERT_TRUE(top.Create(nullptr, L"top", WS_POPUP | WS_VISIBLE, CRect(100, 50, 500, 350), nullptr, 1));
   ASSERT_TRUE(child.Create(nullptr, L"c", WS_CHILD | WS_VISIBLE, CRect(10, 20, 110, 70), &top, 5));
-  EXPECT_EQ(child.lastSize, CSize(100, 50));  // OnSize runs at creation
+  EXPECT_EQ(child.Take(), "size100x50 ");  // OnSize runs at creation
   EXPECT_EQ(top.GetDlgItem(5), &child);
   EXPECT_EQ(top.GetDlgItem(6), nullptr);
 
@@ -163,67 +154,57 @@ TEST_F(WindowTest, GeometryOfChildrenAndPopups) {
   EXPECT_FALSE(child.IsWindowVisible());
   top.ShowWindow(SW_SHOW);
 
-  // A resize reaches OnSize; a pure move does not change the size seen.
+  // A resize reaches OnSize; a pure move does not.
   child.MoveWindow(0, 0, 30, 40);
-  EXPECT_EQ(child.lastSize, CSize(30, 40));
   child.SetWindowPos(nullptr, 5, 6, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+  EXPECT_EQ(child.Take(), "size30x40 ");
   child.GetWindowRect(&wr);
   EXPECT_EQ(wr, CRect(105, 56, 135, 96));
 
-  // Destroying the parent destroys the child first-hand (WM_DESTROY each).
-  top.DestroyWindow();
-  EXPECT_EQ(top.destroyed, 1);
-  EXPECT_EQ(child.destroyed, 1);
-  EXPECT_FALSE(child.IsWindow());
-  EXPECT_EQ(CWnd::FromHandle(reinterpret_cast<HWND>(&child)), nullptr);
-  EXPECT_FALSE(top.DestroyWindow());  // second time: nothing to destroy
-}
-
-TEST_F(WindowTest, DispatchGoesThroughPreTranslateOfTargetAndParents) {
-  ProbeWnd parent, edit;
-  parent.Create(nullptr, L"p", WS_POPUP, CRect(0, 0, 100, 100), nullptr, 1);
-  edit.Create(nullptr, L"e", WS_CHILD, CRect(0, 0, 50, 50), &parent, 2);
-
-  // WM_CHAR with a repeat count of 3 and flags 0x1E in the high word.
-  MSG msg{edit.GetSafeHwnd(), WM_CHAR, L'(', MAKELPARAM(3, 0x1E), 0, POINT{0, 0}};
+  // Messages go through PreTranslateMessage of the target and its parents:
+  // WM_CHAR '(' with a repeat count of 3 and flags 0x1E in the high word.
+  MSG msg{child.GetSafeHwnd(), WM_CHAR, L'(', MAKELPARAM(3, 0x1E), 0, POINT{0, 0}};
   EXPECT_FALSE(chartcore::DispatchWindowMessage(&msg));
-  ASSERT_EQ(edit.chars.size(), 1u);
-  EXPECT_EQ(edit.chars[0], 0x28u);
-  EXPECT_EQ(edit.charRepeats[0], 3u);
-  EXPECT_EQ(edit.charFlags[0], 0x1Eu);
-
-  // The parent consumes key-downs: the edit never sees them.
-  parent.consumeKeyDown = TRUE;
-  MSG down{edit.GetSafeHwnd(), WM_KEYDOWN, VK_DOWN, MAKELPARAM(1, 0), 0, POINT{0, 0}};
+  EXPECT_EQ(child.Take(), "char40x3/30 ");
+  // The parent consumes key-downs: the child never sees them.
+  top.consumeKeyDown = TRUE;
+  MSG down{child.GetSafeHwnd(), WM_KEYDOWN, VK_DOWN, MAKELPARAM(1, 0), 0, POINT{0, 0}};
   EXPECT_TRUE(chartcore::DispatchWindowMessage(&down));
-
-  // Unknown, null and stale handles do nothing.
+  // Unknown and null handles do nothing.
   MSG bad{nullptr, WM_CHAR, L'a', 0, 0, POINT{0, 0}};
   EXPECT_FALSE(chartcore::DispatchWindowMessage(&bad));
   EXPECT_FALSE(chartcore::DispatchWindowMessage(nullptr));
-  HWND stale = edit.GetSafeHwnd();
-  edit.DestroyWindow();
+
+  // Destroying the parent destroys the child too (WM_DESTROY each).
+  const HWND stale = child.GetSafeHwnd();
+  top.Take();
+  top.DestroyWindow();
+  EXPECT_EQ(top.Take() + child.Take(), "destroy destroy ");
+  EXPECT_FALSE(child.IsWindow());
+  EXPECT_EQ(CWnd::FromHandle(reinterpret_cast<HWND>(&child)), nullptr);
+  EXPECT_FALSE(top.DestroyWindow());  // second time: nothing to destroy
   MSG late{stale, WM_CHAR, L'a', 0, 0, POINT{0, 0}};
   EXPECT_FALSE(chartcore::DispatchWindowMessage(&late));
-  EXPECT_EQ(edit.chars.size(), 1u);
+  EXPECT_EQ(child.Take(), "");
 }
+
 
 TEST_F(WindowTest, PaintingIsRecordedWithFixedMetrics) {
   ProbeWnd wnd;
   wnd.drawOnPaint = true;
   wnd.Create(nullptr, L"w", WS_POPUP | WS_VISIBLE, CRect(0, 0, 200, 100), nullptr, 1);
+  wnd.Take();
   auto* port = GetHeadlessPort(&wnd);
   ASSERT_NE(port, nullptr);
   wnd.UpdateWindow();  // a new window is marked for painting
-  EXPECT_EQ(wnd.paints, 1);
   wnd.UpdateWindow();  // nothing marked: no paint
-  EXPECT_EQ(wnd.paints, 1);
+  EXPECT_EQ(wnd.Take(), "paint ");
 
   CRect part(0, 0, 5, 5);
   wnd.InvalidateRect(&part);
   EXPECT_TRUE(port->IsInvalid());
   wnd.UpdateWindow();
-  EXPECT_EQ(wnd.paints, 2);
+  EXPECT_EQ(wnd.Take(), "paint ");
   const auto& ops = port->GetDrawOps();
   ASSERT_EQ(ops.size(), 3u);
   EXPECT_EQ(ops[0].kind, HeadlessDrawOp::kFill);
@@ -241,8 +222,7 @@ TEST_F(WindowTest, PaintingIsRecordedWithFixedMetrics) {
   EXPECT_EQ(dc.GetTextExtent(L"", 0), CSize(0, 16));
   TEXTMETRIC tm;
   ASSERT_TRUE(dc.GetTextMetrics(&tm));
-  EXPECT_EQ(tm.tmHeight, 16);
-  EXPECT_EQ(tm.tmAveCharWidth, 8);
+  EXPECT_EQ(CSize(tm.tmAveCharWidth, tm.tmHeight), CSize(8, 16));
 
   // A window that is not created measures and draws nothing.
   CWnd none;
@@ -251,18 +231,17 @@ TEST_F(WindowTest, PaintingIsRecordedWithFixedMetrics) {
   EXPECT_FALSE(nodc.TextOut(0, 0, CString(L"x")));
 }
 
-TEST_F(WindowTest, FocusMovesWithKillAndSetMessages) {
+TEST_F(WindowTest, FocusCaptureAndDialogs) {
   ProbeWnd a, b;
-  a.Create(nullptr, L"a", WS_POPUP, CRect(0, 0, 10, 10), nullptr, 1);
+  a.Create(nullptr, L"a", WS_POPUP | WS_VISIBLE, CRect(0, 0, 300, 300), nullptr, 1);
   b.Create(nullptr, L"b", WS_POPUP, CRect(0, 0, 10, 10), nullptr, 2);
+  a.Take();
+  b.Take();
   a.SetFocus();
   EXPECT_EQ(CWnd::GetFocus(), &a);
   EXPECT_EQ(b.SetFocus(), &a);
-  EXPECT_EQ(a.focusIn, 1);
-  EXPECT_EQ(a.focusOut, 1);
-  EXPECT_EQ(b.focusIn, 1);
   b.SetFocus();  // already focused: no messages
-  EXPECT_EQ(b.focusIn, 1);
+  EXPECT_EQ(a.Take() + "| " + b.Take(), "focus unfocus | focus ");
   b.DestroyWindow();
   EXPECT_EQ(CWnd::GetFocus(), nullptr);
 
@@ -272,15 +251,12 @@ TEST_F(WindowTest, FocusMovesWithKillAndSetMessages) {
   CWnd::ReleaseCapture();
   EXPECT_EQ(CWnd::GetCapture(), nullptr);
   EXPECT_FALSE(GetHeadlessPort(&a)->IsCaptured());
-}
 
-TEST_F(WindowTest, DialogSizesFromTemplateUnitsAndHidesOnEnd) {
-  ProbeWnd owner;
-  owner.Create(nullptr, L"o", WS_POPUP | WS_VISIBLE, CRect(0, 0, 300, 300), nullptr, 1);
+  // A dialog sizes itself from template units and hides when it ends.
   TipDialog tip;
   tip.SetTemplateSize(CSize(198, 6));
-  ASSERT_TRUE(tip.Create(3024, &owner));
-  EXPECT_FALSE(tip.Create(3024, &owner));  // exists already
+  ASSERT_TRUE(tip.Create(3024, &a));
+  EXPECT_FALSE(tip.Create(3024, &a));  // exists already
   EXPECT_EQ(tip.inits, 1);
   EXPECT_FALSE(tip.IsWindowVisible());  // modeless dialogs start hidden
   CRect r;
