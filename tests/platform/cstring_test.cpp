@@ -1,6 +1,7 @@
 #include "chartcore/platform/cstring.h"
 
 #include <cwchar>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -8,36 +9,25 @@
 
 TEST(CStringSearch, FindWithStartAndReverseFind) {
   const CString s(L"abcabc");
-  EXPECT_EQ(s.Find(L"bc"), 1);
-  EXPECT_EQ(s.Find(L"bc", 2), 4);  // the start is honoured
-  EXPECT_EQ(s.Find(L"bc", 5), -1);
-  EXPECT_EQ(s.Find(L"bc", 6), -1);  // start at the end
-  EXPECT_EQ(s.Find(L"bc", -1), -1);
-  EXPECT_EQ(s.Find(L'c', 3), 5);
-  EXPECT_EQ(s.Find(L'c', 6), -1);
-  EXPECT_EQ(s.Find(L"zz"), -1);
-  EXPECT_EQ(s.ReverseFind(L'a'), 3);
-  EXPECT_EQ(s.ReverseFind(L'z'), -1);
-  EXPECT_EQ(s.FindOneOf(L"xc"), 2);
+  // The start is honoured; a start at or past the end, or before 0, finds nothing.
+  EXPECT_EQ((std::vector<int>{s.Find(L"bc"), s.Find(L"bc", 2), s.Find(L"bc", 5), s.Find(L"bc", 6), s.Find(L"bc", -1),
+                              s.Find(L"zz")}),
+            (std::vector<int>{1, 4, -1, -1, -1, -1}));
+  EXPECT_EQ((std::vector<int>{s.Find(L'c', 3), s.Find(L'c', 6), s.ReverseFind(L'a'), s.ReverseFind(L'z'),
+                              s.FindOneOf(L"xc")}),
+            (std::vector<int>{5, -1, 3, -1, 2}));
 }
 
 TEST(CStringExtract, LeftMidRightClamp) {
   const CString s(L"hello");
-  EXPECT_EQ(s.Left(2), L"he");
-  EXPECT_EQ(s.Left(-1), L"");
-  EXPECT_EQ(s.Left(99), L"hello");
-  EXPECT_EQ(s.Mid(1, 3), L"ell");
-  EXPECT_EQ(s.Mid(3), L"lo");
-  EXPECT_EQ(s.Mid(-2, 2), L"he");  // a negative start counts from 0
-  EXPECT_EQ(s.Mid(4, 10), L"o");
-  EXPECT_EQ(s.Mid(5), L"");
-  EXPECT_EQ(s.Mid(9, 1), L"");
-  EXPECT_EQ(s.Mid(1, -3), L"");
-  EXPECT_EQ(s.Right(3), L"llo");
-  EXPECT_EQ(s.Right(0), L"");
-  EXPECT_EQ(s.Right(99), L"hello");
-  EXPECT_EQ(s.SpanIncluding(L"leh"), L"hell");
-  EXPECT_EQ(s.SpanExcluding(L"lo"), L"he");
+  const CString sep(L"|");
+  EXPECT_EQ(s.Left(2) + sep + s.Left(-1) + sep + s.Left(99), L"he||hello");
+  // A negative start counts from 0; a negative count takes nothing.
+  EXPECT_EQ(s.Mid(1, 3) + sep + s.Mid(3) + sep + s.Mid(-2, 2) + sep + s.Mid(4, 10) + sep + s.Mid(5) + sep +
+                s.Mid(9, 1) + sep + s.Mid(1, -3),
+            L"ell|lo|he|o|||");
+  EXPECT_EQ(s.Right(3) + sep + s.Right(0) + sep + s.Right(99), L"llo||hello");
+  EXPECT_EQ(s.SpanIncluding(L"leh") + sep + s.SpanExcluding(L"lo"), L"hell|he");
   // Tokenize skips leading delimiters and ends with start = -1.
   const CString list(L";a;;b;");
   int pos = 0;
@@ -48,50 +38,38 @@ TEST(CStringExtract, LeftMidRightClamp) {
 }
 
 TEST(CStringEdit, InsertDeleteReplaceRemoveTrim) {
+  // Insert past the end appends, before the start prepends; Delete clamps its
+  // count and removes nothing past the end or for a negative count.
   CString s(L"abc");
-  EXPECT_EQ(s.Insert(99, L"XY"), 5);  // past the end appends
-  EXPECT_EQ(s, L"abcXY");
-  EXPECT_EQ(s.Insert(-3, L'_'), 6);  // before the start prepends
-  EXPECT_EQ(s, L"_abcXY");
-  EXPECT_EQ(s.Delete(1, 2), 4);
+  EXPECT_EQ((std::vector<int>{s.Insert(99, L"XY"), s.Insert(-3, L'_'), s.Delete(1, 2)}), (std::vector<int>{5, 6, 4}));
   EXPECT_EQ(s, L"_cXY");
-  EXPECT_EQ(s.Delete(3, 10), 3);  // the count is clamped
-  EXPECT_EQ(s.Delete(10, 1), 3);  // an index past the end removes nothing
-  EXPECT_EQ(s.Delete(0, -1), 3);
+  EXPECT_EQ((std::vector<int>{s.Delete(3, 10), s.Delete(10, 1), s.Delete(0, -1)}), (std::vector<int>{3, 3, 3}));
   EXPECT_EQ(s, L"_cX");
+  // Occurrences do not overlap; an empty pattern replaces nothing.
   CString r(L"aaaa");
-  EXPECT_EQ(r.Replace(L"aa", L"b"), 2);  // occurrences do not overlap
-  EXPECT_EQ(r, L"bb");
-  EXPECT_EQ(r.Replace(L"", L"x"), 0);
-  EXPECT_EQ(r.Replace(L"b", nullptr), 2);
+  EXPECT_EQ((std::vector<int>{r.Replace(L"aa", L"b"), r.Replace(L"", L"x"), r.Replace(L"b", nullptr)}),
+            (std::vector<int>{2, 0, 2}));
   EXPECT_TRUE(r.IsEmpty());
   CString c(L"a-b-c");
-  EXPECT_EQ(c.Replace(L'-', L'+'), 2);
-  EXPECT_EQ(c.Remove(L'+'), 2);
+  EXPECT_EQ((std::vector<int>{c.Replace(L'-', L'+'), c.Remove(L'+')}), (std::vector<int>{2, 2}));
   EXPECT_EQ(c, L"abc");
-  CString t(L" \t\x3000" L"x y\r\n ");
-  EXPECT_EQ(t.Trim(), L"x y");  // Unicode blanks too (U+3000)
-  CString u(L"xxhixyx");
-  EXPECT_EQ(u.Trim(L"xy"), L"hi");
-  CString v(L"--a--");
-  EXPECT_EQ(v.TrimLeft(L'-'), L"a--");
-  EXPECT_EQ(v.TrimRight(L'-'), L"a");
-  CString w(L"MiXed \xC4");
-  EXPECT_EQ(w.MakeUpper(), L"MIXED \xC4");
-  EXPECT_EQ(w.MakeLower(), L"mixed \xE4");
+  // Trim takes Unicode blanks too (U+3000); MakeUpper and MakeLower map
+  // beyond ASCII.
+  CString t(L" \t\x3000" L"x y\r\n "), u(L"xxhixyx"), v(L"--a--"), w(L"MiXed \xC4");
+  EXPECT_EQ((std::vector<CString>{t.Trim(), u.Trim(L"xy"), v.TrimLeft(L'-'), v.TrimRight(L'-'), w.MakeUpper(),
+                                  w.MakeLower()}),
+            (std::vector<CString>{L"x y", L"hi", L"a--", L"a", L"MIXED \xC4", L"mixed \xE4"}));
 }
 
 TEST(CStringBuffer, GetBufferReleaseBufferAndAt) {
   CString s(L"abc");
-  wchar_t* p = s.GetBuffer(10);
-  std::wcscpy(p, L"hello");
+  std::wcscpy(s.GetBuffer(10), L"hello");
   s.ReleaseBuffer();  // up to the first terminator
   EXPECT_EQ(s, L"hello");
-  p = s.GetBuffer(0);
-  p[1] = L'E';
+  s.GetBuffer(0)[1] = L'E';
   s.ReleaseBuffer(3);  // an explicit length cuts
   EXPECT_EQ(s, L"hEl");
-  p = s.GetBufferSetLength(2);
+  s.GetBufferSetLength(2);
   EXPECT_EQ(s.GetLength(), 2);
   s.ReleaseBuffer();
   EXPECT_EQ(s, L"hE");
