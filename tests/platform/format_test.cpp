@@ -1,6 +1,5 @@
 #include "chartcore/platform/format.h"
 
-#include <cfloat>
 #include <climits>
 #include <cmath>
 #include <cstdint>
@@ -31,29 +30,18 @@ double FromBits(std::uint64_t b) {
   return v;
 }
 
-// Exact reference for "%.Nf" of a value with few fractional bits: the value
-// times 2^k is an integer, so the decimal expansion is computed digit by digit
-// with integer arithmetic and rounded half away from zero.
-std::wstring ReferenceFixed(std::int64_t numerator, int k, int decimals) {
-  const bool negative = numerator < 0;
-  std::uint64_t n = negative ? 0 - static_cast<std::uint64_t>(numerator) : static_cast<std::uint64_t>(numerator);
+// Exact reference for "%.Nf" of n / 2^k: the value times 10^N is computed
+// in integers and rounded half away from zero.
+std::wstring ReferenceFixed(std::int64_t n, int k, int decimals) {
+  std::uint64_t scaled = static_cast<std::uint64_t>(n < 0 ? -n : n);
+  for (int i = 0; i < decimals; ++i) scaled *= 10;
   const std::uint64_t den = std::uint64_t{1} << k;
-  std::uint64_t ip = n / den;
-  std::uint64_t rem = n % den;
-  std::string frac;
-  for (int i = 0; i < decimals; ++i) {
-    rem *= 10;
-    frac += static_cast<char>('0' + rem / den);
-    rem %= den;
-  }
-  if (rem * 2 >= den) {  // half or more of the last unit: away from zero
-    int i = decimals - 1;
-    while (i >= 0 && frac[static_cast<size_t>(i)] == '9') frac[static_cast<size_t>(i--)] = '0';
-    if (i >= 0) ++frac[static_cast<size_t>(i)];
-    else ++ip;
-  }
-  std::string s = (negative ? "-" : "") + std::to_string(ip);
-  if (decimals > 0) s += "." + frac;
+  const std::uint64_t rounded = scaled / den + ((scaled % den) * 2 >= den ? 1 : 0);
+  std::string digits = std::to_string(rounded);
+  const size_t d = static_cast<size_t>(decimals);
+  if (digits.size() <= d) digits.insert(0, d + 1 - digits.size(), '0');
+  if (d > 0) digits.insert(digits.size() - d, ".");
+  const std::string s = (n < 0 ? "-" : "") + digits;
   return std::wstring(s.begin(), s.end());
 }
 
@@ -112,7 +100,6 @@ TEST(FormatIntegers, SizesFlagsAndPrecision) {
   EXPECT_EQ(F(L"[%5d][%-5d][%05d][%05.3d][%.0d][%.3d][%8.3d][%-08.3d]", -42, -42, -42, -42, 0, 7, 5, 5),
             L"[  -42][-42  ][-0042][-0042][][007][     005][005     ]");
   EXPECT_EQ(F(L"[%5.0d][%+.0d][%#.0o][%#.3o][%#5o]", 0, 0, 0, 8, 8), L"[     ][+][][010][  010]");
-  EXPECT_EQ(F(L"%.30d", 5).GetLength(), 30);
   EXPECT_EQ(F(L"%.1000x", 255).Right(3), L"0ff");  // no cap on the precision
   EXPECT_EQ(F(L"[%#06x][%*d][%0*d]", 10, 4, 1, 3, 7), L"[0x000a][   1][007]");
   // %p: pointer-sized, upper case, zero-filled digits, blank padding only.
@@ -121,8 +108,6 @@ TEST(FormatIntegers, SizesFlagsAndPrecision) {
   EXPECT_EQ(p.substr(p.size() - 3), L"0AB");
   EXPECT_EQ(F(L"%020p", reinterpret_cast<void*>(1)).Left(static_cast<int>(20 - 2 * sizeof(void*))),
             CString(L' ', static_cast<int>(20 - 2 * sizeof(void*))));
-  // No grouping: a ' flag is not a flag, so it prints as an unknown conversion.
-  EXPECT_EQ(F(L"%d", 1234567), L"1234567");
 }
 
 TEST(FormatFloats, ExactTiesRoundAwayFromZero) {
