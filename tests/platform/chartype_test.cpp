@@ -1,6 +1,7 @@
 #include "chartcore/platform/chartype.h"
 
 #include <clocale>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -21,25 +22,21 @@ TEST(CharType, UnicodeClassesWhateverTheLocale) {
   // Lone surrogates belong to no class.
   EXPECT_FALSE(chartcore::IsAlnumW(static_cast<wchar_t>(0xD800)));
   EXPECT_FALSE(chartcore::IsSpaceW(static_cast<wchar_t>(0xDFFF)));
-  EXPECT_EQ(chartcore::ToUpperW(static_cast<wchar_t>(0xD800)), static_cast<wchar_t>(0xD800));
-  // Simple case mappings, and characters without one returned as they are.
-  EXPECT_EQ(chartcore::ToUpperW(L'\x00E9'), L'\x00C9');
-  EXPECT_EQ(chartcore::ToLowerW(L'\x03A3'), L'\x03C3');
-  EXPECT_EQ(chartcore::ToUpperW(L'\xD55C'), L'\xD55C');
-  EXPECT_EQ(chartcore::ToUpperW(L'z'), L'Z');
-  // Narrow forms stay ASCII.
+  // Simple case mappings; characters without one (a lone surrogate, Hangul)
+  // come back as they are. Narrow forms stay ASCII.
+  const wchar_t surrogate = static_cast<wchar_t>(0xD800);
+  EXPECT_EQ(std::wstring({chartcore::ToUpperW(L'\x00E9'), chartcore::ToLowerW(L'\x03A3'), chartcore::ToUpperW(L'z'),
+                          chartcore::ToUpperW(L'\xD55C'), chartcore::ToUpperW(surrogate)}),
+            std::wstring({L'\x00C9', L'\x03C3', L'Z', L'\xD55C', surrogate}));
   EXPECT_FALSE(chartcore::IsAlnumA(0xE9));
   EXPECT_EQ(chartcore::ToUpperA(0xE9), 0xE9);
   EXPECT_EQ(chartcore::ToLowerA('Q'), 'q');
 }
 
 // On Windows the system answers for its code page: 949 in the Korean
-// locale the tests run in.
+// locale the tests run in. C7 is the first byte of "한" (C7 D1).
 TEST(CharType, Cp949LeadBytes) {
-  EXPECT_FALSE(IsDBCSLeadByte(0x80));
-  EXPECT_TRUE(IsDBCSLeadByte(0x81));
-  EXPECT_TRUE(IsDBCSLeadByte(0xC7));  // first byte of "한" (C7 D1)
-  EXPECT_TRUE(IsDBCSLeadByte(0xFE));
-  EXPECT_FALSE(IsDBCSLeadByte(0xFF));
-  EXPECT_FALSE(IsDBCSLeadByte('A'));
+  for (int b : {0x80, 0x81, 0xC7, 0xFE, 0xFF, 0x41}) {
+    EXPECT_EQ(IsDBCSLeadByte(static_cast<BYTE>(b)) != 0, b >= 0x81 && b <= 0xFE) << b;
+  }
 }
