@@ -128,6 +128,32 @@ TEST(FileSystemCalls, Win32CallsAndLastError) {
 }
 
 #if !defined(_WIN32)
+// Symbolic links look as Windows links do: reparse points, with the folder
+// bit when they lead to a folder, so tree walks can leave them unfollowed.
+TEST(FileSystemCalls, SymbolicLinksAreReparsePoints) {
+  TempFolder dir;
+  dir.MakeFile("Data/a.dat", "x");
+  std::filesystem::create_directory_symlink(dir.native("Data"), dir.native("ToData"));
+  std::filesystem::create_symlink(dir.native("Data/a.dat"), dir.native("ToFile"));
+  std::filesystem::create_symlink(dir.native("missing"), dir.native("Dangling"));
+  const DWORD kLink = FILE_ATTRIBUTE_REPARSE_POINT;
+  EXPECT_EQ(GetFileAttributesW(dir.Path(L"ToData")), kLink | FILE_ATTRIBUTE_DIRECTORY);
+  EXPECT_EQ(GetFileAttributesW(dir.Path(L"ToFile")), kLink);
+  EXPECT_EQ(GetFileAttributesW(dir.Path(L"Dangling")), kLink);
+  EXPECT_EQ(GetFileAttributesW(dir.Path(L"Data")), static_cast<DWORD>(FILE_ATTRIBUTE_DIRECTORY));
+  CFileFind finder;
+  ASSERT_TRUE(finder.FindFile(dir.Path(L"To*")));
+  finder.FindNextFile();
+  EXPECT_TRUE(finder.GetFileName() == L"ToData" && finder.MatchesMask(kLink) && finder.IsDirectory());
+  finder.FindNextFile();
+  EXPECT_TRUE(finder.GetFileName() == L"ToFile" && finder.MatchesMask(kLink) && !finder.IsDirectory());
+  EXPECT_EQ(finder.GetLength(), 1u);  // the length of what it leads to
+  // A folder link goes as a file, leaving its folder as it was.
+  EXPECT_EQ(Error(RemoveDirectoryW(dir.Path(L"ToData"))), static_cast<DWORD>(ERROR_DIRECTORY));
+  EXPECT_TRUE(DeleteFileW(dir.Path(L"ToData")));
+  EXPECT_EQ(dir.Read("Data/a.dat"), "x");
+}
+
 // On Windows these calls are the system's, which knows nothing of the
 // injector.
 TEST(FileSystemCalls, InjectedRenameFailureLeavesBothNames) {
