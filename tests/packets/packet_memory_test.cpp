@@ -1,5 +1,6 @@
 // CPacketMemory: layouts and their columns, records, per-column queries and
-// caches, whole-packet operations and arithmetic.
+// caches, whole-packet operations and arithmetic. The single-column accessors
+// it shares with CPacket are held to CPacket's rules in packet_test.cpp.
 #include "chartcore/packets/packet_memory.h"
 
 #include <vector>
@@ -8,23 +9,11 @@
 
 #include "packets/packet_test_util.h"
 
-using packets_test::Bits;
-using packets_test::E;
-using packets_test::kNoMax;
-using V = std::vector<double>;
+using namespace packets_test;
+using Bar = tagPacketCoreData;
+using Mem = CPacketMemory;
 
 namespace {
-
-tagPacketCoreData Bar(double date, double o, double h, double l, double c, double vol) {
-  tagPacketCoreData r;
-  r.m_dDate = date;
-  r.m_dOpen = o;
-  r.m_dHigh = h;
-  r.m_dLow = l;
-  r.m_dClose = c;
-  r.m_dVolume = vol;
-  return r;
-}
 
 // Column t of every bar, as GetValue reads it.
 V Column(const CPacketMemory& m, ENPacketDataType t) {
@@ -33,50 +22,51 @@ V Column(const CPacketMemory& m, ENPacketDataType t) {
   return out;
 }
 
-// A PST_OHLCV_RATIO packet of bars whose prices are date*10 + column.
-CPacketMemory Bars(int n) {
+// A record's columns in column order, so a whole bar compares at once.
+V Row(const Bar& r) { return {r.m_dDate, r.m_dOpen, r.m_dHigh, r.m_dLow, r.m_dClose, r.m_dVolume, r.m_dRatio}; }
+V Row(const tagPacketCoreDataExtra& r) {
+  return {r.m_dDate, r.m_dOpen, r.m_dHigh, r.m_dLow, r.m_dClose, r.m_dVolume, r.m_dRatio, r.m_dExtra1, r.m_dExtra2};
+}
+
+// The bar dated d: open..close d*10+1..d*10+4, volume d*100, ratio 1.0.
+Bar At(double d) { return {d, d * 10 + 1, d * 10 + 2, d * 10 + 3, d * 10 + 4, d * 100}; }
+
+// A packet of the bars dated 1..n.
+CPacketMemory Bars(int n, ENPacketStructType layout = PST_OHLCV_RATIO) {
   CPacketMemory m;
-  m.SetPacketStructType(PST_OHLCV_RATIO);
-  for (int i = 1; i <= n; ++i) m.AddBasic(Bar(i, i * 10 + 1, i * 10 + 2, i * 10 + 3, i * 10 + 4, i * 100));
+  m.SetPacketStructType(layout);
+  for (int i = 1; i <= n; ++i) m.AddBasic(At(i));
   return m;
+}
+
+// Column t's cache set: max index, max value, min index, min value.
+V Cached(const CPacketMemory& m, ENPacketDataType t, int set) {
+  return {double(m.GetMaxPacketIndex(t, set)), m.GetMaxPacketValue(t, set), double(m.GetMinPacketIndex(t, set)),
+          m.GetMinPacketValue(t, set)};
 }
 
 }  // namespace
 
 TEST(PacketMemoryConstruction, ConstructorsAndTheirColumns) {
-  CPacketMemory m(10, 1);  // layout PST_VALUE: only the close column
-  EXPECT_EQ(m.GetPacketStructType(), PST_VALUE);
-  ASSERT_NE(m.GetPacket(PDT_CLOSE), nullptr);
-  EXPECT_EQ(Column(m, PDT_CLOSE), V(10, E));
-  EXPECT_EQ(m.GetMaxPacketSize(), 1024);
-  EXPECT_EQ(m.GetColumnCount(), 1);
-
+  EXPECT_EQ(Row(Bar()), V({E, E, E, E, E, E, 1.0}));  // an unadjusted bar
+  EXPECT_EQ(Row(tagPacketCoreDataExtra()), V(9, E));
+  EXPECT_EQ(CPacketMemory(10, 1).GetColumnCount(), 1);  // only the close column
   CPacketMemory number(2.5);  // capacity 1, nothing stored
-  EXPECT_EQ(number.GetMaxPacketSize(), 1);
-  EXPECT_EQ(number.GetPacketSize(), 0);
+  EXPECT_EQ(Fields(number), (Ints{0, 1, 0, -1, -1, -1, 0, 0}));
   EXPECT_EQ(number.GetColumnCount(), 0);
   number.ClearPacket();  // size 0: every field stays
   EXPECT_EQ(number.GetMaxPacketSize(), 1);
 
   CPacketMemory open(PDT_OPEN, 3.0);  // one element, size 0: owned and freed
-  ASSERT_NE(open.GetPacket(PDT_OPEN), nullptr);
-  EXPECT_EQ(open.GetPacket(PDT_OPEN)[0], 3.0);
-  EXPECT_EQ(open.GetValue(0, PDT_OPEN), E);
   open.SetPacketSize(1);
   EXPECT_EQ(open.GetValue(0, PDT_OPEN), 3.0);
   EXPECT_EQ(open.GetValue(0, POT_OPEN), 3.0);  // the other column names alias
   EXPECT_EQ(open.GetPacket(PIT_OPEN), open.GetPacket(PDT_OPEN));
-  CPacketMemory foreign(static_cast<ENPacketDataType>(12), 1.0);
-  EXPECT_EQ(foreign.GetColumnCount(), 0);
+  EXPECT_EQ(CPacketMemory(static_cast<ENPacketDataType>(12), 1.0).GetColumnCount(), 0);
 
   CPacketMemory bars = Bars(3);
-  bars.SetValidEndIndex(2);
-  bars.SetShiftXSize(1);
-  bars.ClearPacket();
-  EXPECT_EQ(bars.GetMaxPacketSize(), 0);  // unlike CPacket, a clear reports 0
+  bars.ClearPacket();  // frees the columns but keeps the layout
   EXPECT_EQ(bars.GetColumnCursor(), -1);
-  EXPECT_EQ(bars.GetValidEndIndex(), 2);
-  EXPECT_EQ(bars.GetShiftXSize(), 1);
   EXPECT_EQ(bars.GetPacket(PDT_DATE), nullptr);
   EXPECT_EQ(bars.GetPacketStructType(), PST_OHLCV_RATIO);
 }
@@ -84,110 +74,77 @@ TEST(PacketMemoryConstruction, ConstructorsAndTheirColumns) {
 TEST(PacketMemoryLayout, EachLayoutAllocatesItsColumnsOnly) {
   const unsigned expected[] = {0x10, 0x11, 0x31, 0x1F, 0x3F, 0x7F, 0x1FF, 0x0};
   for (int layout = 0; layout <= 7; ++layout) {
-    CPacketMemory m;
-    m.SetPacketStructType(static_cast<ENPacketStructType>(layout));
+    const auto type = static_cast<ENPacketStructType>(layout);
+    CPacketMemory m = Bars(0, type);
     m.AllocPacket(3);
-    unsigned got = 0;
+    unsigned got = 0, listed = 0;
     for (int t = 0; t < 9; ++t) {
       if (m.GetPacket(static_cast<ENPacketDataType>(t)) != nullptr) got |= 1u << t;
-      EXPECT_EQ(CPacketMemory::IsLayoutColumn(static_cast<ENPacketStructType>(layout), static_cast<ENPacketDataType>(t)),
-                (expected[layout] >> t) & 1u);
+      listed |= static_cast<unsigned>(CPacketMemory::IsLayoutColumn(type, static_cast<ENPacketDataType>(t))) << t;
     }
     EXPECT_EQ(got, expected[layout]) << "layout " << layout;
+    EXPECT_EQ(listed, expected[layout]) << "layout " << layout;
   }
-  // A foreign layout has no storage: bars are counted, nothing is stored.
-  CPacketMemory none;
-  none.SetPacketStructType(static_cast<ENPacketStructType>(42));
-  EXPECT_EQ(none.AddBasic(Bar(1, 2, 3, 4, 5, 6)), 1);
-  EXPECT_EQ(none.GetBasic(0).m_dClose, E);
+  const CPacketMemory none = Bars(1, static_cast<ENPacketStructType>(42));  // bars counted, nothing stored
+  EXPECT_EQ(none.GetPacketSize(), 1);
+  EXPECT_EQ(Row(none.GetBasic(0)), Row(Bar()));
 
-  CPacketMemory dv;
-  dv.SetPacketStructType(PST_DATE_VALUE);
-  dv.AddBasic(Bar(20240102, 1, 2, 3, 4, 5));
-  tagPacketCoreData r = dv.GetBasic(0);  // date and close; others default
-  EXPECT_EQ(r.m_dDate, 20240102);
-  EXPECT_EQ(r.m_dClose, 4);
-  EXPECT_EQ(r.m_dOpen, E);
-  EXPECT_EQ(r.m_dRatio, 1.0);
-  EXPECT_EQ(dv.GetBasic(1).m_dDate, E);  // out of range: default record
-  EXPECT_EQ(dv.AddDateValue(20240103, 9), 2);
-  EXPECT_EQ(Column(dv, PDT_CLOSE), V({4, 9}));
-  EXPECT_EQ(dv.GetEndIndex(), 1);
-
-  // Widening the layout allocates nothing until the next growth; the new
-  // column then reads empty for the older bars.
+  CPacketMemory dv = Bars(2, PST_DATE_VALUE);
+  EXPECT_EQ(Row(dv.GetBasic(1)), V({2, E, E, E, 24, E, 1.0}));  // the others keep their default
+  EXPECT_EQ(Row(dv.GetBasic(2)), Row(Bar()));                      // out of range
+  EXPECT_EQ(dv.AddDateValue(3, 9), 3);
+  EXPECT_EQ(Column(dv, PDT_CLOSE), V({14, 24, 9}));
+  // A wider layout allocates on the next growth; the new column is empty before.
   dv.SetPacketStructType(PST_OHLCV);
   EXPECT_EQ(dv.GetPacket(PDT_OPEN), nullptr);
-  dv.AddBasic(Bar(20240104, 11, 12, 13, 14, 15));
-  EXPECT_EQ(Column(dv, PDT_OPEN), V({E, E, 11}));
-  EXPECT_EQ(Column(dv, PDT_DATE), V({20240102, 20240103, 20240104}));
+  dv.AddBasic(At(4));
+  EXPECT_EQ(Column(dv, PDT_OPEN), V({E, E, E, 41}));
+  EXPECT_EQ(Column(dv, PDT_DATE), V({1, 2, 3, 4}));
 
   CPacketMemory reset = Bars(2);
   reset.SetValidEndIndex(1);
   reset.ResetPacket(PST_OHLC);
-  EXPECT_EQ(reset.GetPacketSize(), 0);
-  EXPECT_EQ(reset.GetValidEndIndex(), -1);
+  EXPECT_EQ(Fields(reset), Fields(CPacketMemory()));
   EXPECT_EQ(reset.GetColumnCount(), 0);
-  reset.AddBasic(Bar(1, 2, 3, 4, 5, 6));
-  EXPECT_EQ(reset.GetColumnCount(), 5);
-  EXPECT_EQ(reset.GetPacket(PDT_VOLUME), nullptr);
+  EXPECT_EQ(reset.GetPacketStructType(), PST_OHLC);
 }
 
 TEST(PacketMemoryRecords, AppendGrowsEveryColumnAcrossBlocks) {
-  CPacketMemory m = Bars(2000);
-  EXPECT_EQ(m.GetPacketSize(), 2000);
-  EXPECT_EQ(m.GetMaxPacketSize(), 2048);
-  EXPECT_EQ(m.GetEndIndex(), 1999);
+  const CPacketMemory m = Bars(2000);
+  EXPECT_EQ(Fields(m), (Ints{2000, 2048, 0, 1999, -1, -1, 0, 0}));
   EXPECT_EQ(m.GetColumnCursor(), 7);
   bool kept = true;
-  for (int i = 0; i < 2000; ++i) {
-    const tagPacketCoreData r = m.GetBasic(i);
-    kept = kept && r.m_dDate == i + 1 && r.m_dLow == (i + 1) * 10 + 3 && r.m_dRatio == 1.0;
-  }
+  for (int i = 0; i < 2000; ++i) kept = kept && Row(m.GetBasic(i)) == Row(At(i + 1));
   EXPECT_TRUE(kept);
   EXPECT_EQ(m.GetPacket(PDT_EXTRA1), nullptr);
 
-  CPacketMemory full;
-  full.SetPacketStructType(PST_FULL);
-  tagPacketCoreDataExtra x;
-  x.m_dExtra1 = 7;
-  full.AddExtra(x);
+  CPacketMemory full = Bars(0, PST_FULL);
+  full.AddExtra({E, E, E, E, E, E, E, 7});
   EXPECT_EQ(full.GetColumnCursor(), 9);
-  full.AddBasic(Bar(2, 1, 1, 1, 1, 1));  // a basic record leaves new extras empty
+  full.AddBasic(At(2));  // a basic record leaves the new bar's extras empty
   EXPECT_EQ(Column(full, PDT_EXTRA1), V({7, E}));
-  EXPECT_EQ(full.GetExtra(0).m_dExtra1, 7);
 
   CPacketMemory last = Bars(1);
   EXPECT_EQ(last.AddLastBasic(), 2);
-  EXPECT_EQ(last.GetLastBasic().m_dClose, 14);
-  CPacketMemory empty;
-  empty.SetPacketStructType(PST_OHLCV_RATIO);
+  EXPECT_EQ(Row(last.GetLastBasic()), Row(At(1)));
+  CPacketMemory empty = Bars(0);
   empty.AddLastBasic();  // empty: a default record, ratio 1.0
-  EXPECT_EQ(empty.GetFirstBasic().m_dRatio, 1.0);
-  EXPECT_EQ(empty.GetFirstBasic().m_dClose, E);
+  EXPECT_EQ(Row(empty.GetFirstBasic()), Row(Bar()));
 }
 
 TEST(PacketMemoryRecords, UpdatesAndSumsTouchOnlyWhatTheyName) {
-  CPacketMemory m;
-  m.SetPacketStructType(PST_FULL);
-  tagPacketCoreDataExtra x;
-  x.m_dExtra1 = 70;
-  x.m_dExtra2 = 80;
+  CPacketMemory m = Bars(0, PST_FULL);
+  const tagPacketCoreDataExtra x{E, E, E, E, E, E, E, 70};
   m.AddExtra(x);
   m.AddExtra(x);
-  EXPECT_EQ(m.UpdateBasicExcept(-1, Bar(9, 1, 2, 3, 4, 5), PDT_CLOSE), 1);
-  const tagPacketCoreDataExtra r = m.GetLastExtra();
-  EXPECT_EQ(r.m_dDate, 9);
-  EXPECT_EQ(r.m_dOpen, 1);
-  EXPECT_EQ(r.m_dClose, E);    // excepted
-  EXPECT_EQ(r.m_dRatio, 1.0);  // the record's default ratio is written
-  EXPECT_EQ(r.m_dExtra1, 70);  // extras untouched
-  EXPECT_EQ(m.GetFirstExtra().m_dDate, E);
-  EXPECT_EQ(m.UpdateBasicExcept(2, Bar(1, 1, 1, 1, 1, 1), PDT_DATE), 0);
-  EXPECT_EQ(CPacketMemory().UpdateBasicExcept(-1, Bar(1, 1, 1, 1, 1, 1), PDT_DATE), 0);
+  EXPECT_EQ(m.UpdateBasicExcept(-1, At(9), PDT_CLOSE), 1);  // close excepted, the ratio written, extras kept
+  EXPECT_EQ(Row(m.GetLastExtra()), V({9, 91, 92, 93, E, 900, 1.0, 70, E}));
+  EXPECT_EQ(Row(m.GetFirstExtra()), V({E, E, E, E, E, E, E, 70, E}));
+  EXPECT_EQ(m.UpdateBasicExcept(2, At(1), PDT_DATE), 0);
+  EXPECT_EQ(CPacketMemory().UpdateBasicExcept(-1, At(1), PDT_DATE), 0);
 
   CPacketMemory b = Bars(3);
-  EXPECT_EQ(b.UpdateSum(PDT_VOLUME, 5, -1), 305);
+  EXPECT_EQ(b.UpdateSum(PDT_VOLUME, 5, -1), 305);  // the new value
   EXPECT_EQ(b.UpdateSum(PDT_VOLUME, 5, 1), 205);
   EXPECT_EQ(b.UpdateSum(PDT_EXTRA1, 5, 1), E);  // no such column
   EXPECT_EQ(b.UpdatePrevSum(PDT_CLOSE, 1), 25);
@@ -197,152 +154,118 @@ TEST(PacketMemoryRecords, UpdatesAndSumsTouchOnlyWhatTheyName) {
   EXPECT_EQ(b.VShiftRatio(3, PDT_CLOSE, 2.0), 0);
   EXPECT_EQ(b.VShiftRatio(0, PDT_CLOSE, 0.0), 0);
 
-  EXPECT_EQ(b.VShiftBasicRatio(0, 1.0, 2), 0);  // ratio 1.0: nothing, any mode
-  EXPECT_EQ(b.VShiftBasicRatio(0, 1.0, 0), 0);  // even when adding
-  EXPECT_EQ(b.VShiftBasicRatio(0, E, 2), 0);
-  EXPECT_EQ(b.VShiftBasicRatio(0, 2.0, 2), 1);
-  const tagPacketCoreData d = b.GetBasic(0);
-  EXPECT_EQ(d.m_dOpen, 22);
-  EXPECT_EQ(d.m_dClose, 28);
-  EXPECT_EQ(d.m_dVolume, 100);  // volume, date and ratio never move
-  EXPECT_EQ(d.m_dDate, 1);
+  // Bar 0's prices in turn; exactly 1.0 (even added) and the empty value shift nothing.
+  const struct { double d; int mode, result; double high; } shifts[] = {
+      {1.0, 2, 0, 12}, {1.0, 0, 0, 12}, {E, 2, 0, 12}, {2.0, 2, 1, 24}, {4.0, 1, 1, 20}, {2.0, 3, 1, 10}};
+  for (const auto& s : shifts) {
+    EXPECT_EQ(b.VShiftBasicRatio(0, s.d, s.mode), s.result) << s.d << " mode " << s.mode;
+    EXPECT_EQ(b.GetBasic(0).m_dHigh, s.high) << s.d << " mode " << s.mode;
+  }
+  EXPECT_EQ(Row(b.GetBasic(0)), V({1, 9, 10, 11, 12, 100, 1.0}));  // date, volume and ratio never move
   EXPECT_EQ(b.GetColumnCursor(), 7);
-  b.VShiftBasicRatio(0, 4.0, 1);
-  EXPECT_EQ(b.GetBasic(0).m_dHigh, 20);
-  b.VShiftBasicRatio(0, 2.0, 3);
-  EXPECT_EQ(b.GetBasic(0).m_dHigh, 10);
   EXPECT_EQ(b.VShiftBasicRatio(1 << 20, 2.0, 2), 1);  // outside the arrays: ignored
 }
 
-TEST(PacketMemoryRecords, RollingInsertRemoveKeepColumnsAligned) {
-  CPacketMemory m = Bars(3);
-  EXPECT_EQ(m.AddShiftBasic(Bar(4, 41, 42, 43, 44, 400), 1), 3);
-  EXPECT_EQ(Column(m, PDT_DATE), V({2, 3, 4}));
-  EXPECT_EQ(m.AddShiftLastBasic(0), 3);
-  EXPECT_EQ(Column(m, PDT_CLOSE), V({24, 24, 44}));
-  EXPECT_EQ(CPacketMemory().AddShiftBasic(Bar(1, 1, 1, 1, 1, 1), 1), -1);
-
-  CPacketMemory ins = Bars(3);
-  EXPECT_EQ(ins.InsertBasic(1, Bar(9, 9, 9, 9, 9, 9), 0), 1);  // CPacket::Insert rule
-  EXPECT_EQ(ins.GetValue(1, PDT_DATE), 9);
-  EXPECT_EQ(ins.GetValue(2, PDT_DATE), 2);
-  EXPECT_NE(ins.GetValue(3, PDT_DATE), 3);  // the old last bar was overwritten
-  CPacketMemory all = Bars(3);
-  EXPECT_EQ(all.InsertBasic(1, Bar(9, 9, 9, 9, 9, 9), 1), 1);  // nothing lost
-  EXPECT_EQ(Column(all, PDT_DATE), V({1, 9, 2, 3}));
-  EXPECT_EQ(all.InsertBasic(5, Bar(9, 9, 9, 9, 9, 9), 1), 0);
-
-  CPacketMemory rev = Bars(2);
-  EXPECT_EQ(rev.AddBasicReverse(Bar(0, 1, 1, 1, 1, 1), 0), 3);  // prepend, grow
-  EXPECT_EQ(Column(rev, PDT_DATE), V({0, 1, 2}));
-  EXPECT_EQ(rev.GetEndIndex(), 2);
-  EXPECT_EQ(rev.AddBasicReverse(Bar(-1, 1, 1, 1, 1, 1), 1), 3);  // fixed window
-  EXPECT_EQ(Column(rev, PDT_DATE), V({-1, 0, 1}));
-
-  CPacketMemory rm = Bars(4);
-  EXPECT_EQ(rm.RemoveBasic(0, 1), 1);
-  EXPECT_EQ(Column(rm, PDT_DATE), V({2, 3, 4}));
-  EXPECT_EQ(Column(rm, PDT_VOLUME), V({200, 300, 400}));
-  EXPECT_EQ(rm.RemoveBasic(2, 1), 0);  // the last bar: emptied and dropped
-  EXPECT_EQ(rm.GetPacketSize(), 2);
-  EXPECT_EQ(rm.RemoveRightBasic(1, 1), 0);
-  CPacketMemory rn = Bars(6);
-  EXPECT_EQ(rn.RemoveExtra(1, 2, 1), 1);  // k = 2 bars from index 3
-  EXPECT_EQ(Column(rn, PDT_DATE), V({1, 4, 5, 4}));
-  EXPECT_EQ(rn.GetColumnCursor(), 9);
-  EXPECT_EQ(rn.RemoveLeftBasic(1, 1), 1);  // k = 2: the old last bar stays put
-  EXPECT_EQ(Column(rn, PDT_DATE), V({4, 5, 5}));
-
-  CPacketMemory sw = Bars(2);
-  EXPECT_EQ(sw.SwapBasic(0, 1), 1);
-  EXPECT_EQ(sw.GetBasic(0).m_dVolume, 200);
-  EXPECT_EQ(sw.SwapBasic(0, -1), 0);
-
+TEST(PacketMemoryRecords, BarsMoveInEveryColumnAlike) {
+  const struct { const char* what; int bars; int (*op)(Mem&); int result; V dates; int end; } cases[] = {
+      {"roll, mode 1", 3, [](Mem& m) { return m.AddShiftBasic(At(4), 1); }, 3, {2, 3, 4}, 2},
+      {"roll the last bar, mode 0", 3, [](Mem& m) { return m.AddShiftLastBasic(0); }, 3, {1, 1, 3}, 2},
+      {"roll an empty packet", 0, [](Mem& m) { return m.AddShiftBasic(At(1), 1); }, -1, {}, -1},
+      // The CPacket::Insert rule: the old last bar is lost, the new slot never written.
+      {"insert, move 0", 3, [](Mem& m) { return m.InsertBasic(1, At(9), 0); }, 1, {1, 9, 2, 0}, 3},
+      {"insert, move all", 3, [](Mem& m) { return m.InsertBasic(1, At(9), 1); }, 1, {1, 9, 2, 3}, 3},
+      {"insert past the size", 3, [](Mem& m) { return m.InsertBasic(4, At(9), 1); }, 0, {1, 2, 3}, 2},
+      {"prepend and grow", 2, [](Mem& m) { return m.AddBasicReverse(At(0), 0); }, 3, {0, 1, 2}, 2},
+      {"prepend, fixed window", 3, [](Mem& m) { return m.AddBasicReverse(At(-1), 1); }, 3, {-1, 1, 2}, 2},
+      {"remove the first", 4, [](Mem& m) { return m.RemoveBasic(0, 1); }, 1, {2, 3, 4}, 3},
+      {"remove the last: emptied, dropped", 3, [](Mem& m) { return m.RemoveBasic(2, 1); }, 0, {1, 2}, 2},
+      {"remove right: nothing", 3, [](Mem& m) { return m.RemoveRightBasic(1, 1); }, 0, {1, 2, 3}, 2},
+      {"k = 2 bars from index 3", 6, [](Mem& m) { return m.RemoveExtra(1, 2, 1); }, 1, {1, 4, 5, 4}, 5},
+      {"k = 2: the old last bar stays", 4, [](Mem& m) { return m.RemoveLeftBasic(1, 1); }, 1, {2, 3, 3}, 3},
+      {"swap", 2, [](Mem& m) { return m.SwapBasic(0, 1); }, 1, {2, 1}, 1},
+      {"swap below 0", 2, [](Mem& m) { return m.SwapBasic(0, -1); }, 0, {1, 2}, 1},
+      {"shift left", 3, [](Mem& m) { return m.ShiftBasic(1, 1); }, 1, {2, 3, E}, 2},
+      {"shift right reallocates", 3, [](Mem& m) { return m.ShiftBasic(0, 2); }, 1, {E, E, 1, 2, 3}, -1},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    CPacketMemory m = Bars(c.bars);
+    EXPECT_EQ(c.op(m), c.result);
+    EXPECT_EQ(Column(m, PDT_DATE), c.dates);
+    EXPECT_EQ(m.GetEndIndex(), c.end);
+    V volumes;  // the other columns moved with the dates
+    for (double d : c.dates) volumes.push_back(d == E ? E : d * 100);
+    EXPECT_EQ(Column(m, PDT_VOLUME), volumes);
+  }
   CPacketMemory sh = Bars(3);
-  EXPECT_EQ(sh.ShiftBasic(1, 1), 1);
-  EXPECT_EQ(Column(sh, PDT_DATE), V({2, 3, E}));
-  EXPECT_EQ(sh.ShiftBasic(0, 2), 1);
-  EXPECT_EQ(Column(sh, PDT_DATE), V({E, E, 2, 3, E}));
-  EXPECT_EQ(sh.GetStartIndex(), 2);
-  EXPECT_EQ(sh.GetShiftXSize(), 2);
+  sh.ShiftBasic(0, 2);  // fields reset, start and shift-x 2
+  EXPECT_EQ(Fields(sh), (Ints{5, 1024, 2, -1, -1, -1, 2, 0}));
+  EXPECT_EQ(sh.RemoveExtra(0, 1, 1), 1);
+  EXPECT_EQ(sh.GetColumnCursor(), 9);
 }
 
 TEST(PacketMemoryRecords, SettersAndLastAvailableFollowTheDefaultColumn) {
   CPacketMemory m = Bars(3);
   m.SetValue(2, PDT_CLOSE, E);  // the last bar has no close yet
-  EXPECT_EQ(m.GetLastAvailBasic().m_dDate, 2);
-  EXPECT_EQ(m.UpdateLastAvailBasic(Bar(20, 0, 0, 0, 1, 0)), 1);
-  EXPECT_EQ(m.GetBasic(1).m_dDate, 20);
-  EXPECT_EQ(m.SetLastPrevBasic(Bar(30, 0, 0, 0, 2, 0)), 1);  // writes the last bar
-  EXPECT_EQ(m.GetLastBasic().m_dDate, 30);
-  EXPECT_EQ(m.UpdatePrevBasic(Bar(21, 0, 0, 0, 3, 0)), 1);
-  EXPECT_EQ(m.GetLastPrevBasic().m_dDate, 21);
-  EXPECT_EQ(m.GetLastPrePrevBasic().m_dDate, 1);
-  EXPECT_EQ(m.GetReverseBasic(0).m_dDate, 30);
-  EXPECT_EQ(m.GetLastFromIndexBasic(3).m_dDate, 1);
-  EXPECT_EQ(m.SetBasic(3, Bar(1, 1, 1, 1, 1, 1)), 0);
+  EXPECT_EQ(Row(m.GetLastAvailBasic()), Row(At(2)));
+  EXPECT_EQ(m.UpdateLastAvailBasic(At(20)), 1);
+  EXPECT_EQ(m.SetLastPrevBasic(At(30)), 1);  // writes the last bar
+  EXPECT_EQ(Column(m, PDT_DATE), V({1, 20, 30}));
+  EXPECT_EQ(m.UpdatePrevBasic(At(21)), 1);
+  EXPECT_EQ(Row(m.GetLastPrevBasic()), Row(At(21)));
+  EXPECT_EQ(Row(m.GetLastPrePrevBasic()), Row(At(1)));
+  EXPECT_EQ(Row(m.GetReverseBasic(0)), Row(At(30)));
+  EXPECT_EQ(Row(m.GetLastFromIndexBasic(3)), Row(At(1)));
+  EXPECT_EQ(m.SetBasic(3, At(1)), 0);
 
   CPacketMemory gap = Bars(2);
-  gap.AddBasic(Bar(3, E, E, E, E, E));
-  EXPECT_EQ(gap.AddLastAvailBasic(Bar(9, 9, 9, 9, 9, 9)), 4);  // follows bar 1
+  gap.AddBasic({3, E, E, E, E, E});
+  EXPECT_EQ(gap.AddLastAvailBasic(At(9)), 4);  // follows bar 1
   EXPECT_EQ(Column(gap, PDT_DATE), V({1, 2, 9, E}));
-  // Insert at bar 3 moves nothing and leaves the new last slot as it was
-  // (never written: 0.0); the left roll then reads empty past the end.
-  EXPECT_EQ(gap.AddShiftLastAvailBasic(Bar(8, 8, 8, 8, 8, 8), 1), 1);
+  // Insert at bar 3 leaves the new last slot unwritten (0.0); the roll reads empty past it.
+  EXPECT_EQ(gap.AddShiftLastAvailBasic(At(8), 1), 1);
   EXPECT_EQ(Column(gap, PDT_DATE), V({2, 9, 8, 0, E}));
 
   CPacketMemory shift = Bars(2);
   EXPECT_EQ(shift.VShiftBasic(1.0), 1);  // prices only
-  EXPECT_EQ(shift.GetBasic(0).m_dOpen, 12);
-  EXPECT_EQ(shift.GetBasic(0).m_dVolume, 100);
-  tagPacketCoreData add = Bar(0, 0, 0, 0, 0, 5);
-  add.m_dRatio = 0.0;
-  EXPECT_EQ(shift.VShiftBasic(add), 1);  // zero and empty fields are skipped
-  EXPECT_EQ(shift.GetBasic(1).m_dVolume, 205);
-  EXPECT_EQ(shift.GetBasic(1).m_dRatio, 1.0);
+  EXPECT_EQ(shift.VShiftBasic(Bar{0, 0, 0, 0, 0, 5, 0.0}), 1);  // zero and empty fields are skipped
+  EXPECT_EQ(Row(shift.GetBasic(1)), V({2, 22, 23, 24, 25, 205, 1.0}));
 }
 
 TEST(PacketMemoryQueries, PerColumnQueriesAndTheirTwoCaches) {
   CPacketMemory m = Bars(3);
   m.SetValue(1, PDT_HIGH, 99);
+  const V none{-1, kNoMax, -1, E};
   EXPECT_EQ(m.GetMaxIndex(0, 2, PDT_HIGH), 1);
-  EXPECT_EQ(m.GetMaxPacketIndex(PDT_HIGH), 1);
-  EXPECT_EQ(m.GetMaxPacketValue(PDT_HIGH), 99);
-  EXPECT_EQ(m.GetMaxValue(0, 2, PDT_HIGH, 1, 1), 99);  // to the second cache
-  EXPECT_EQ(m.GetMaxPacketValue(PDT_HIGH, 1), 99);
-  EXPECT_EQ(m.GetMaxPacketIndex(PDT_HIGH, 1), -1);  // value only
+  EXPECT_EQ(m.GetMaxValue(0, 2, PDT_HIGH, 1, 1), 99);  // the value only, to the second cache
+  EXPECT_EQ(Cached(m, PDT_HIGH, 0), V({1, 99, -1, E}));
+  EXPECT_EQ(Cached(m, PDT_HIGH, 1), V({-1, 99, -1, E}));
   EXPECT_EQ(m.GetMinValue(0, 2, PDT_LOW, 1), 13);
-  EXPECT_EQ(m.GetMinPacketValue(PDT_LOW), 13);
-  EXPECT_EQ(m.GetMinPacketValue(PDT_LOW, 1), E);
+  EXPECT_EQ(Cached(m, PDT_LOW, 0), V({-1, kNoMax, -1, 13}));
+  EXPECT_EQ(Cached(m, PDT_LOW, 1), none);
   double mx, mn;
   int mxi, mni, idx;
   EXPECT_EQ(m.GetMaxMinValueIndex(0, 2, PDT_CLOSE, mx, mn, mxi, mni, 1, 1), 20);
   EXPECT_EQ(mxi, 2);
-  EXPECT_EQ(m.GetMaxPacketValue(PDT_CLOSE, 1), 34);
+  EXPECT_EQ(Cached(m, PDT_CLOSE, 1), V({-1, 34, -1, 14}));
   EXPECT_EQ(m.GetMaxMinValue(0, 3, PDT_CLOSE, mx, mn), E);  // invalid range
   EXPECT_EQ(m.GetMinValueIndex(0, 2, PDT_VOLUME, idx), 100);
   EXPECT_EQ(m.GetMaxValueIndex(0, 2, PDT_EXTRA1, idx), kNoMax);  // no column
   EXPECT_EQ(idx, -1);
   EXPECT_EQ(m.GetMinIndex(0, 2, static_cast<ENPacketDataType>(20)), -1);
-  EXPECT_EQ(m.GetMaxPacketIndex(static_cast<ENPacketDataType>(20)), -1);
+  EXPECT_EQ(Cached(m, static_cast<ENPacketDataType>(20), 0), none);
   m.ClearPacket();  // both caches reset
-  EXPECT_EQ(m.GetMaxPacketIndex(PDT_HIGH), -1);
-  EXPECT_EQ(Bits(m.GetMaxPacketValue(PDT_HIGH, 1)), Bits(kNoMax));
+  EXPECT_EQ(Cached(m, PDT_HIGH, 0), none);
+  EXPECT_EQ(Cached(m, PDT_HIGH, 1), none);
 
-  CPacketMemory d;
-  d.SetPacketStructType(PST_DATE_VALUE);
+  CPacketMemory d = Bars(0, PST_DATE_VALUE);  // dates 10, 20, 30: ascending for dir 1
   for (double x : {10.0, 20.0, 30.0}) d.AddDateValue(x, x / 10);
-  EXPECT_EQ(d.GetPacketIndex(PDT_DATE, 5, 1), 0);
-  EXPECT_EQ(d.GetPacketIndex(PDT_DATE, 15, 1), 1);
-  EXPECT_EQ(d.GetPacketIndex(PDT_DATE, 20, 1), 1);
-  EXPECT_EQ(d.GetPacketIndex(PDT_DATE, 35, 1), -1);
   EXPECT_EQ(d.GetPacketIndex(PDT_OPEN, 15, 1), -1);
-  d.ReversePacket(PDT_DATE);  // descending dates [30, 20, 10]
-  EXPECT_EQ(Column(d, PDT_CLOSE), V({1, 2, 3}));
-  EXPECT_EQ(d.GetPacketIndex(PDT_DATE, 15, 0), 1);  // 20 above, 10 below
-  EXPECT_EQ(d.GetPacketIndex(PDT_DATE, 20, 0), 1);
-  EXPECT_EQ(d.GetPacketIndex(PDT_DATE, 35, 0), -1);
-  EXPECT_EQ(d.GetPacketIndex(PDT_DATE, 5, 0), 0);
+  const struct { double v; int up, down; } dates[] = {{5, 0, 0}, {15, 1, 1}, {20, 1, 1}, {35, -1, -1}};
+  for (const auto& c : dates) EXPECT_EQ(d.GetPacketIndex(PDT_DATE, c.v, 1), c.up) << c.v;
+  EXPECT_EQ(d.ReversePacket(PDT_DATE), 1);
+  EXPECT_EQ(Column(d, PDT_CLOSE), V({1, 2, 3}));  // only the date column turned
+  for (const auto& c : dates) EXPECT_EQ(d.GetPacketIndex(PDT_DATE, c.v, 0), c.down) << c.v;
   EXPECT_EQ(d.FindIndexOverValue(PDT_CLOSE, 2), 1);
   EXPECT_EQ(d.FindValuePos(PDT_DATE, 10, 1), 2);
   EXPECT_EQ(d.GetLastAvailValue(PDT_CLOSE), 3);
@@ -351,86 +274,67 @@ TEST(PacketMemoryQueries, PerColumnQueriesAndTheirTwoCaches) {
   EXPECT_EQ(d.ReversePacket(PDT_VOLUME), 0);
 }
 
-TEST(PacketMemoryWhole, FillAndAccumTakeFieldsButNotTheRealSize) {
+TEST(PacketMemoryWhole, FillAccumCopiesAndInserts) {
   CPacketMemory src = Bars(3);
   src.SetRealPacketSize(3);
   src.SetValidEndIndex(2);
   src.GetMaxIndex(0, 2, PDT_CLOSE);
   src.GetMaxIndex(0, 2, PDT_CLOSE, 1);
-  CPacketMemory fill;
-  fill.SetPacketStructType(PST_OHLCV);
+  CPacketMemory fill = Bars(0, PST_OHLCV);
   EXPECT_EQ(fill.FillPacket(&src, PDT_CLOSE), 1);
-  const tagPacketCoreData b = fill.GetBasic(1);
-  EXPECT_EQ(b.m_dDate, 2);
-  EXPECT_EQ(b.m_dOpen, 24);  // every price is the close series
-  EXPECT_EQ(b.m_dVolume, 200);
-  EXPECT_EQ(b.m_dRatio, 1.0);  // no ratio column in this layout
-  EXPECT_EQ(fill.GetPacketSize(), 3);
-  EXPECT_EQ(fill.GetValidEndIndex(), 2);
-  EXPECT_EQ(fill.GetRealPacketSize(), 0);
-  EXPECT_EQ(fill.GetMaxPacketIndex(PDT_CLOSE), 2);  // first cache taken
-  EXPECT_EQ(fill.GetMaxPacketIndex(PDT_CLOSE, 1), -1);  // second stays reset
+  EXPECT_EQ(Row(fill.GetBasic(1)), V({2, 24, 24, 24, 24, 200, 1.0}));  // every price the close; no ratio column
+  EXPECT_EQ(Fields(fill), (Ints{3, 1024, 0, 2, -1, 2, 0, 0}));
+  EXPECT_EQ(Cached(fill, PDT_CLOSE, 0), Cached(src, PDT_CLOSE, 0));  // the first cache taken
+  EXPECT_EQ(Cached(fill, PDT_CLOSE, 1), V({-1, kNoMax, -1, E}));    // the second stays reset
   EXPECT_EQ(fill.GetPacketStructType(), PST_OHLCV);
   EXPECT_EQ(fill.FillPacket(nullptr, PDT_CLOSE), 0);
 
-  CPacketMemory acc;
-  acc.SetPacketStructType(PST_DATE_VALUE_VOLUME);
+  CPacketMemory acc = Bars(0, PST_DATE_VALUE_VOLUME);
   EXPECT_EQ(acc.AccumPacket(&src), 1);
   EXPECT_EQ(Column(acc, PDT_CLOSE), V({0, 14, 38}));
   EXPECT_EQ(Column(acc, PDT_DATE), V({0, 1, 3}));
   EXPECT_EQ(acc.GetRealPacketSize(), 0);
-  EXPECT_EQ(acc.GetMaxPacketIndex(PDT_CLOSE, 1), 2);  // both caches taken
-  CPacketMemory lacking;
-  lacking.SetPacketStructType(PST_OHLC);
+  EXPECT_EQ(Cached(acc, PDT_CLOSE, 1), Cached(src, PDT_CLOSE, 1));  // both caches taken
+  CPacketMemory lacking = Bars(0, PST_OHLC);
   CPacketMemory value_only(2, 1);
   EXPECT_EQ(lacking.AccumPacket(&value_only), 1);  // src has no open column
   EXPECT_EQ(Column(lacking, PDT_OPEN), V({E, E}));
   EXPECT_EQ(acc.AccumPacket(&acc), 1);
   EXPECT_EQ(Column(acc, PDT_CLOSE), V({0, 0, 14}));
-}
 
-TEST(PacketMemoryWhole, CopiesInsertsAndValueColumns) {
-  CPacketMemory src = Bars(4);
+  src.AddBasic(At(4));
   src.SetDefaultDataType(PDT_OPEN);
   CPacketMemory copy(src);
-  EXPECT_EQ(copy.GetPacketStructType(), PST_OHLCV_RATIO);
   EXPECT_EQ(copy.GetDefaultDataType(), PDT_OPEN);
   EXPECT_EQ(Column(copy, PDT_HIGH), Column(src, PDT_HIGH));
-  copy.AddBasic(Bar(5, 1, 1, 1, 1, 1));
+  copy.AddBasic(At(5));
   EXPECT_EQ(src.GetPacketSize(), 4);  // deep
-  CPacketMemory layout_only;
-  layout_only.SetPacketStructType(PST_OHLC);
-  CPacketMemory empty_copy(layout_only);
-  EXPECT_EQ(empty_copy.GetPacketStructType(), PST_OHLC);
+  CPacketMemory layout_only = Bars(0, PST_OHLC);
+  EXPECT_EQ(CPacketMemory(layout_only).GetPacketStructType(), PST_OHLC);
   EXPECT_EQ(copy.CopyPacket(layout_only), 0);
   EXPECT_EQ(copy.GetPacketSize(), 0);
 
-  CPacketMemory part;
-  EXPECT_EQ(part.CopyPacket(&src, 1, 2), 1);
-  EXPECT_EQ(Column(part, PDT_DATE), V({2, 3}));
-  EXPECT_EQ(part.GetEndIndex(), 1);
-  EXPECT_EQ(part.CopyPacket(&src, 1, 9), 0);
+  CPacketMemory slice;
+  EXPECT_EQ(slice.CopyPacket(&src, 1, 2), 1);
+  EXPECT_EQ(Column(slice, PDT_DATE), V({2, 3}));
+  EXPECT_EQ(slice.CopyPacket(&src, 1, 9), 0);
 
-  CPacketMemory host;
-  host.SetPacketStructType(PST_OHLCV_RATIO);
+  CPacketMemory host = Bars(0);
   const double closes[] = {1, 2, 3};
   EXPECT_EQ(host.CopyValues(PDT_CLOSE, closes, 3), 1);
   EXPECT_EQ(Column(host, PDT_OPEN), V(3, E));
   const double dates[] = {10, 20, 30, 40};
-  EXPECT_EQ(host.CopyValues(PDT_DATE, dates, 4), 1);  // grows: new bar empty
+  EXPECT_EQ(host.CopyValues(PDT_DATE, dates, 4), 1);  // grows: the new bar is empty
   EXPECT_EQ(Column(host, PDT_CLOSE), V({1, 2, 3, E}));
   EXPECT_EQ(host.GetValidEndIndex(), 3);
-  CPacket series;
-  series.Add(7);
-  series.Add(8);
+  const CPacket series = Make({7, 8});
   EXPECT_EQ(host.CopyValues(PDT_VOLUME, &series), 1);  // shrinks to 2 bars
   EXPECT_EQ(Column(host, PDT_DATE), V({10, 20}));
   EXPECT_EQ(host.CopyValues(PDT_EXTRA1, closes, 3), 0);  // not in the layout
   EXPECT_EQ(host.CopyValues(PDT_CLOSE, nullptr, 3), 0);
 
   CPacketMemory base = Bars(2);
-  CPacketMemory more;
-  more.SetPacketStructType(PST_DATE_VALUE);
+  CPacketMemory more = Bars(0, PST_DATE_VALUE);
   more.AddDateValue(7, 70);
   EXPECT_EQ(base.InsertPacket(&more, 1), 1);
   EXPECT_EQ(Column(base, PDT_DATE), V({1, 7, 2}));
@@ -438,39 +342,25 @@ TEST(PacketMemoryWhole, CopiesInsertsAndValueColumns) {
   EXPECT_EQ(Column(base, PDT_CLOSE), V({14, 70, 24}));
   EXPECT_EQ(base.AddPacket(&base), 6);
   EXPECT_EQ(Column(base, PDT_DATE), V({1, 7, 2, 1, 7, 2}));
-  EXPECT_EQ(base.InsertPacket(&more, 9), 0);
+  EXPECT_EQ(base.InsertPacket(&more, 7), 0);
   EXPECT_EQ(base.AddPacket(nullptr), 0);
   EXPECT_EQ(base.ClonePacket(PDT_OPEN, PDT_DATE), 1);
   EXPECT_EQ(Column(base, PDT_OPEN), Column(base, PDT_DATE));
   EXPECT_EQ(base.ClonePacket(PDT_EXTRA1, PDT_DATE), 0);
-
-  CPacketMemory re = Bars(5);
-  re.ReAllocPacket(2, 1);
-  EXPECT_EQ(re.GetPacketSize(), 2);
-  EXPECT_EQ(re.GetLastBasic().m_dDate, 2);
-  re.ReAllocPacket(0, 1);
-  EXPECT_EQ(re.GetMaxPacketSize(), 0);
 }
 
 TEST(PacketMemoryArithmetic, ColumnWiseRulesOfTheSingleSeries) {
   CPacketMemory a = Bars(2);
-  CPacketMemory b = Bars(2);
-  CPacketMemory sum = a + b;
-  EXPECT_EQ(sum.GetPacketStructType(), PST_OHLCV_RATIO);
+  const CPacketMemory sum = a + Bars(2);
   EXPECT_EQ(Column(sum, PDT_CLOSE), V({28, 48}));
   EXPECT_EQ(Column(sum, PDT_RATIO), V({2, 2}));
-  CPacketMemory twice = a * 2.0;
-  EXPECT_EQ(Column(twice, PDT_HIGH), V({24, 44}));
-  CPacketMemory half = a / 0.0;  // zero divisor: carry, before index 0 empty
-  EXPECT_EQ(Column(half, PDT_OPEN), V({E, E}));
+  EXPECT_EQ(Column(a * 2.0, PDT_HIGH), V({24, 44}));
+  EXPECT_EQ(Column(a / 0.0, PDT_OPEN), V({E, E}));  // zero divisor: carry, nothing before bar 0
 
-  CPacketMemory shorter = Bars(2);
   CPacketMemory left = Bars(3);
-  CPacketMemory marked = left - shorter;
-  EXPECT_EQ(Column(marked, PDT_DATE), V({0, 0, E}));
+  EXPECT_EQ(Column(left - Bars(2), PDT_DATE), V({0, 0, E}));
   EXPECT_EQ(Column(left, PDT_DATE), V({1, 2, E}));  // the left is marked too
-  CPacketMemory one = Bars(1);
-  EXPECT_EQ(Column(Bars(3) - one, PDT_DATE), V({0, 1, 2}));  // size 1 broadcasts
+  EXPECT_EQ(Column(Bars(3) - Bars(1), PDT_DATE), V({0, 1, 2}));  // size 1 broadcasts
 
   CPacketMemory c = Bars(3);
   c += Bars(3);
@@ -478,8 +368,6 @@ TEST(PacketMemoryArithmetic, ColumnWiseRulesOfTheSingleSeries) {
   CPacketMemory d = Bars(2);
   d %= Bars(2);
   EXPECT_EQ(Column(d, PDT_VOLUME), V({0, 200}));  // 200 % 200 last
-  CPacketMemory value(2, 1);
-  CPacketMemory result = value + 1.0;  // empty stays empty
-  EXPECT_EQ(Column(result, PDT_CLOSE), V({E, E}));
+  EXPECT_EQ(Column(CPacketMemory(2, 1) + 1.0, PDT_CLOSE), V({E, E}));  // empty stays empty
   EXPECT_EQ((CPacketMemory() - a).GetPacketSize(), 0);
 }
