@@ -1,13 +1,14 @@
-// The text view and edit window on the headless port: incremental parsing,
-// painting, key routing, selection, clipboard, mouse, find and replace,
-// composition.
+// The text view and edit window on the headless port.
 #include "chartcore/script_editor/text_view.h"
 
-#include <cwctype>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "chartcore/script_editor/script_words.h"
 
 namespace {
 
@@ -15,37 +16,15 @@ using chartcore::GetHeadlessPort;
 using chartcore::GetHeadlessPortFactory;
 using chartcore::HeadlessDrawOp;
 
-// Colours "/* ... */" comments (cookie 4 carries them over lines) and digit
-// runs, counts its calls and records the edit notifications.
+// Colours with the script parser, counts its calls and records the edit notifications.
 class ProbeEdit : public CCrystalEditWnd {
  public:
-  int cookieCalls = 0, blockCalls = 0, changes = 0, curpos = 0, scrolls = 0;
+  int cookieCalls = 0, blockCalls = 0, changes = 0, scrolls = 0;
   std::vector<UINT> chars, keys;
 
   DWORD ParseLine(DWORD cookie, int line, TEXTBLOCK* buf, int& n) override {
     ++(buf != nullptr ? blockCalls : cookieCalls);
-    LPCTSTR s = GetLineChars(line);
-    const int len = GetLineLength(line);
-    auto add = [&](int pos, int color) {
-      if (buf != nullptr) buf[n++] = TEXTBLOCK{pos, color};
-    };
-    bool comment = (cookie & 4) != 0;
-    add(0, comment ? COLORINDEX_COMMENT : COLORINDEX_NORMALTEXT);
-    for (int i = 0; i < len; ++i) {
-      if (!comment && i + 1 < len && s[i] == L'/' && s[i + 1] == L'*') {
-        comment = true;
-        add(i, COLORINDEX_COMMENT);
-        ++i;
-      } else if (comment && i + 1 < len && s[i] == L'*' && s[i + 1] == L'/') {
-        comment = false;
-        add(i + 2, COLORINDEX_NORMALTEXT);
-        ++i;
-      } else if (!comment && std::iswdigit(static_cast<wint_t>(s[i]))) {
-        add(i, COLORINDEX_NUMBER);
-        add(i + 1, COLORINDEX_NORMALTEXT);
-      }
-    }
-    return comment ? 4 : 0;
+    return chartcore::internal::ParseScriptLine(cookie, GetLineChars(line), GetLineLength(line), buf, n, 2, nullptr);
   }
   void OnCharEditClr(NMHDR* hdr, LRESULT* result) override {
     chars.push_back(reinterpret_cast<NMEDITCLR*>(hdr)->nChar);
@@ -56,7 +35,6 @@ class ProbeEdit : public CCrystalEditWnd {
     *result = 1;
   }
   void OnChangeEditClr(NMHDR*, LRESULT*) override { ++changes; }
-  void OnCurPosChangeEditClr(NMHDR*, LRESULT*) override { ++curpos; }
   void OnScrollEditClr(NMHDR*, LRESULT*) override { ++scrolls; }
 };
 
@@ -85,24 +63,30 @@ class EditTest : public ::testing::Test {
     edit.DestroyWindow();
     GetHeadlessPortFactory().ResetInput();
   }
-  void Key(UINT vk) { edit.SendMessage(WM_KEYDOWN, vk, MAKELPARAM(1, 0)); }
+  // A key down, with the key `held` (Shift, Ctrl) down meanwhile.
+  void Key(UINT vk, UINT held = 0) {
+    if (held) GetHeadlessPortFactory().SetKeyDown(static_cast<int>(held), true);
+    edit.SendMessage(WM_KEYDOWN, vk, MAKELPARAM(1, 0));
+    if (held) GetHeadlessPortFactory().SetKeyDown(static_cast<int>(held), false);
+  }
   void Chars(const wchar_t* text) {
     for (; *text != 0; ++text) edit.SendMessage(WM_CHAR, static_cast<WPARAM>(*text), MAKELPARAM(1, 0));
   }
-  void Hold(UINT vk, bool down) { GetHeadlessPortFactory().SetKeyDown(static_cast<int>(vk), down); }
-  void CtrlKey(UINT vk) {
-    Hold(VK_CONTROL, true);
-    Key(vk);
-    Hold(VK_CONTROL, false);
-  }
   CString Text() { return buf.GetAllText(L"|"); }
-  std::vector<HeadlessDrawOp> TextOps() {
+  std::pair<CPoint, CPoint> Selection() {
+    std::pair<CPoint, CPoint> sel;
+    edit.GetSelection(sel.first, sel.second);
+    return sel;
+  }
+  // Repaints and returns the text drawn: each run's text, x and colour.
+  using Run = std::tuple<std::wstring, int, COLORREF>;
+  std::vector<Run> Paint() {
     edit.Invalidate();
     edit.UpdateWindow();
-    std::vector<HeadlessDrawOp> ops;
+    std::vector<Run> runs;
     for (const auto& op : GetHeadlessPort(&edit)->GetDrawOps())
-      if (op.kind == HeadlessDrawOp::kText) ops.push_back(op);
-    return ops;
+      if (op.kind == HeadlessDrawOp::kText) runs.emplace_back(op.text.GetString(), op.from.x, op.color);
+    return runs;
   }
 
   Parent parent;
@@ -119,105 +103,71 @@ TEST_F(EditTest, ReparsesOnlyUntilALinesCookieIsUnchanged) {
   EXPECT_EQ(edit.cookieCalls, 20);  // lines 0..19 once each
   EXPECT_EQ(edit.GetParseCookie(20), 0u);
   EXPECT_EQ(edit.cookieCalls, 20);  // cached
-  edit.cookieCalls = 0;
 
-  // A character that changes no state: only its own line is parsed.
-  edit.SetCursorPos(CPoint(0, 5));
-  Chars(L"x");
-  EXPECT_EQ(edit.cookieCalls, 1);
-
-  // Opening a comment changes every cached line below: lines 5..19.
-  edit.cookieCalls = 0;
-  edit.SetCursorPos(CPoint(0, 5));
-  Chars(L"/");
-  EXPECT_EQ(edit.cookieCalls, 1);
-  Chars(L"*");
-  EXPECT_EQ(edit.cookieCalls, 1 + 15);
-  EXPECT_EQ(edit.GetParseCookie(20), 4u);
-  EXPECT_EQ(edit.cookieCalls, 1 + 15);  // line 19's cookie was part of that pass
-
-  // Closing it again: '*' keeps the state (one line), '/' reverts all.
-  edit.cookieCalls = 0;
-  Chars(L"*");
-  EXPECT_EQ(edit.cookieCalls, 1);
-  Chars(L"/");
-  EXPECT_EQ(edit.cookieCalls, 1 + 15);
-  EXPECT_EQ(edit.GetParseCookie(20), 0u);
-
-  // Splitting a line: the head and the tail, then the tail's cookie matches.
-  edit.cookieCalls = 0;
-  edit.SetCursorPos(CPoint(2, 10));
-  Chars(L"\r");
-  EXPECT_EQ(buf.GetLineCount(), 22);
-  EXPECT_EQ(edit.cookieCalls, 2);
-  // Joining them again: the merged line only.
-  edit.cookieCalls = 0;
-  Chars(L"\b");
-  EXPECT_EQ(edit.cookieCalls, 1);
+  // An edit parses its line and those below while their cookie changes; the last line's then costs nothing.
+  struct Case { CPoint caret; const wchar_t* typed; int calls; DWORD lastCookie; };  // caret x -1: left as it is
+  const Case cases[] = {
+      {{0, 5}, L"x", 1, 0}, {{0, 5}, L"/", 1, 0},  // no state changes yet
+      {{-1, 0}, L"*", 15, 4},      // opens a comment: lines 5..19 parse again
+      {{-1, 0}, L"*", 1, 4},       // keeps the state
+      {{-1, 0}, L"/", 15, 0},      // closes it: all of them revert
+      {{2, 10}, L"\r", 2, 0},      // a split: the head and the tail, whose cookie matches
+      {{-1, 0}, L"\b", 1, 0},      // joined again: the merged line only
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(&c - cases);
+    edit.cookieCalls = 0;
+    if (c.caret.x >= 0) edit.SetCursorPos(c.caret);
+    Chars(c.typed);
+    EXPECT_EQ(edit.cookieCalls, c.calls);
+    EXPECT_EQ(edit.GetParseCookie(20), c.lastCookie);
+    EXPECT_EQ(edit.cookieCalls, c.calls);
+  }
   EXPECT_EQ(edit.GetValidCookieCount(), 20);  // all but the last line's
 
   // Painting parses each visible line once with blocks, no cookies anew.
   edit.cookieCalls = edit.blockCalls = 0;
   edit.ScrollToLine(0);
-  TextOps();
+  Paint();
   EXPECT_EQ(edit.blockCalls, 10);
   EXPECT_EQ(edit.cookieCalls, 0);
-
   edit.ResetParseCookies();
   EXPECT_EQ(edit.GetValidCookieCount(), 0);
 }
 
 TEST_F(EditTest, PaintsBlocksSelectionAndComposition) {
-  buf.SetText(L"a1 /*c*/");
-  auto ops = TextOps();
-  ASSERT_EQ(ops.size(), 4u);
-  EXPECT_EQ(ops[0].text, L"a");
-  EXPECT_EQ(ops[0].color, RGB(0, 0, 0));  // normal text: the window text colour
-  EXPECT_EQ(ops[1].text, L"1");
-  EXPECT_EQ(ops[1].from, CPoint(8, 0));
-  EXPECT_EQ(ops[1].color, RGB(0, 128, 128));  // number
-  EXPECT_EQ(ops[2].text, L" ");
-  EXPECT_EQ(ops[3].text, L"/*c*/");
-  EXPECT_EQ(ops[3].from, CPoint(24, 0));
-  EXPECT_EQ(ops[3].color, RGB(0, 128, 0));  // comment
+  const COLORREF black = RGB(0, 0, 0), white = RGB(255, 255, 255), teal = RGB(0, 128, 128), green = RGB(0, 128, 0);
+  buf.SetText(L"a 1 //c");
+  // Normal text in the window text colour, the number teal, the comment green.
+  EXPECT_EQ(Paint(), (std::vector<Run>{{L"a", 0, black}, {L" ", 8, black}, {L"1", 16, teal}, {L" ", 24, black},
+                                       {L"//c", 32, green}}));
 
   // A selection is drawn white on black over its own columns.
-  edit.SetSelection(CPoint(1, 0), CPoint(3, 0));
+  edit.SetSelection(CPoint(2, 0), CPoint(4, 0));
+  EXPECT_EQ(Paint(), (std::vector<Run>{{L"a", 0, black}, {L" ", 8, black}, {L"1", 16, white}, {L" ", 24, white},
+                                       {L"//c", 32, green}}));
   bool blackFill = false;
-  ops = TextOps();
   for (const auto& op : GetHeadlessPort(&edit)->GetDrawOps())
-    if (op.kind == HeadlessDrawOp::kFill && op.rect == CRect(8, 0, 16, 16) && op.color == RGB(0, 0, 0)) blackFill = true;
+    blackFill |= op.kind == HeadlessDrawOp::kFill && op.rect == CRect(16, 0, 24, 16) && op.color == black;
   EXPECT_TRUE(blackFill);
-  ASSERT_EQ(ops.size(), 4u);
-  EXPECT_EQ(ops[1].color, RGB(255, 255, 255));
-  EXPECT_EQ(ops[2].color, RGB(255, 255, 255));
-  EXPECT_EQ(ops[3].color, RGB(0, 128, 0));
 
-  // Composition text shows at the caret and pushes the rest right; the
-  // buffer does not change until it is committed, once.
-  edit.SetSelection(CPoint(1, 0), CPoint(1, 0));
-  edit.SetCursorPos(CPoint(1, 0));
+  // Composition text shows at the caret, pushing the rest right; the buffer changes once, on commit.
+  edit.SetSelection(CPoint(2, 0), CPoint(2, 0));
+  edit.SetCursorPos(CPoint(2, 0));
   edit.SetFocus();
   edit.SetCompositionText(L"\xD55C");
-  EXPECT_EQ(buf.GetLineText(0), L"a1 /*c*/");
-  EXPECT_EQ(edit.GetCaretPos(), CPoint(16, 0));  // after the composed character
-  ops = TextOps();
-  bool composed = false;
-  for (const auto& op : ops) {
-    if (op.text == L"\xD55C") composed = op.from == CPoint(8, 0);
-    if (op.text == L"1") {
-      EXPECT_EQ(op.from, CPoint(16, 0));
-    }
-  }
-  EXPECT_TRUE(composed);
+  EXPECT_EQ(buf.GetLineText(0), L"a 1 //c");
+  EXPECT_EQ(edit.GetCaretPos(), CPoint(24, 0));  // after the composed character
+  EXPECT_EQ(Paint(), (std::vector<Run>{{L"a", 0, black}, {L" ", 8, black}, {L"1", 24, teal}, {L" ", 32, black},
+                                       {L"//c", 40, green}, {L"\xD55C", 16, black}}));  // drawn last, in the gap
   const int undoBefore = buf.GetUndoRecordCount();
   ASSERT_TRUE(edit.CommitComposition(L"\xD55C"));
   EXPECT_FALSE(edit.IsComposing());
-  EXPECT_EQ(buf.GetLineText(0), L"a\xD55C" L"1 /*c*/");
+  EXPECT_EQ(buf.GetLineText(0), L"a \xD55C" L"1 //c");
   EXPECT_EQ(buf.GetUndoRecordCount(), undoBefore + 1);
   EXPECT_EQ(edit.chars.back(), 0xD55Cu);
   EXPECT_TRUE(edit.Undo());
-  EXPECT_EQ(buf.GetLineText(0), L"a1 /*c*/");
+  EXPECT_EQ(buf.GetLineText(0), L"a 1 //c");
   EXPECT_FALSE(edit.CommitComposition(L""));
 }
 
@@ -231,35 +181,26 @@ TEST_F(EditTest, TypingEnterBackspaceDeleteAndUndoGroups) {
   EXPECT_EQ(buf.GetUndoRecord(1)->m_dwFlags, 1);    // "b" continues "a"
   EXPECT_EQ(buf.GetUndoRecord(3)->m_dwFlags, 257);  // "c" after a blank
 
-  // Enter keeps the blanks that lead the line.
+  // Enter keeps the leading blanks; Backspace takes back the typing, the indent and the line break; Home
+  // goes to the first non-blank, then to column 0; Ctrl+Z and Ctrl+Y step; control characters insert nothing.
   buf.SetText(L"  x");
   edit.SetCursorPos(CPoint(3, 0));
-  Chars(L"\r");
-  EXPECT_EQ(Text(), L"  x|  ");
-  EXPECT_EQ(edit.GetCursorPos(), CPoint(2, 1));
-  Chars(L"y\b\b\b\b");  // y, then back over it, the indent and the line break
-  EXPECT_EQ(Text(), L"  x");
-  EXPECT_EQ(edit.GetCursorPos(), CPoint(3, 0));
-  Chars(L"\b");
-  EXPECT_EQ(Text(), L"  ");
-  edit.SetCursorPos(CPoint(0, 0));
-  Key(VK_DELETE);
-  EXPECT_EQ(Text(), L" ");
-
-  // Ctrl+Z takes back one step at a time, Ctrl+Y redoes.
-  CtrlKey('Z');
-  EXPECT_EQ(Text(), L"  ");
-  CtrlKey('Z');
-  EXPECT_EQ(Text(), L"  x");
-  CtrlKey('Y');
-  EXPECT_EQ(Text(), L"  ");
-  EXPECT_EQ(edit.GetCursorPos(), CPoint(2, 0));
-
-  // Control characters of Ctrl+letter insert nothing; a read-only buffer
-  // takes no typing.
-  Chars(L"\x01\x1A");
-  EXPECT_EQ(Text(), L"  ");
-  buf.SetReadOnly();
+  struct Step { const wchar_t* typed; UINT key; const wchar_t* text; CPoint caret; };  // typed null: the key
+  const Step steps[] = {
+      {L"\r", 0, L"  x|  ", {2, 1}},      {L"y\b\b\b\b", 0, L"  x", {3, 0}},
+      {nullptr, VK_HOME, L"  x", {2, 0}},  {nullptr, VK_HOME, L"  x", {0, 0}},
+      {nullptr, VK_END, L"  x", {3, 0}},   {L"\b", 0, L"  ", {2, 0}},
+      {nullptr, VK_HOME, L"  ", {0, 0}},   {nullptr, VK_DELETE, L" ", {0, 0}},
+      {nullptr, 'Z', L"  ", {0, 0}},       {nullptr, 'Z', L"  x", {2, 0}},
+      {nullptr, 'Y', L"  ", {2, 0}},       {L"\x01\x1A", 0, L"  ", {2, 0}},
+  };
+  for (const Step& s : steps) {
+    SCOPED_TRACE(&s - steps);
+    if (s.typed) Chars(s.typed); else Key(s.key, s.key >= 'A' && s.key <= 'Z' ? VK_CONTROL : 0);
+    EXPECT_EQ(Text(), s.text);
+    EXPECT_EQ(edit.GetCursorPos(), s.caret);
+  }
+  buf.SetReadOnly();  // takes no typing
   Chars(L"z");
   EXPECT_EQ(Text(), L"  ");
 }
@@ -267,16 +208,13 @@ TEST_F(EditTest, TypingEnterBackspaceDeleteAndUndoGroups) {
 TEST_F(EditTest, ParenIsTextButTheFlaggedDownKeyMoves) {
   buf.SetText(L"first\nsecond");
   edit.SetCursorPos(CPoint(2, 0));
-  // 0x28 is both '(' and VK_DOWN: unflagged it is typed.
+  // 0x28 is both '(' and VK_DOWN: unflagged it is typed, flagged it moves.
   edit.OnChar(0x28, 1, 0);
   EXPECT_EQ(Text(), L"fi(rst|second");
   EXPECT_EQ(edit.GetCursorPos(), CPoint(3, 0));
-  EXPECT_EQ(edit.chars, std::vector<UINT>{0x28});
-  // Flagged it is the Down key: the caret moves, nothing is inserted.
   edit.OnChar(VK_DOWN, 1, CCrystalEditWnd::CHARFLAG_VIRTKEY);
   EXPECT_EQ(edit.GetCursorPos(), CPoint(3, 1));
   EXPECT_EQ(edit.keys, std::vector<UINT>{VK_DOWN});
-
   // The same through messages: key-down routes, WM_CHAR types.
   MSG down{edit.GetSafeHwnd(), WM_KEYDOWN, VK_UP, MAKELPARAM(1, 0), 0, POINT{0, 0}};
   chartcore::DispatchWindowMessage(&down);
@@ -285,12 +223,8 @@ TEST_F(EditTest, ParenIsTextButTheFlaggedDownKeyMoves) {
   chartcore::DispatchWindowMessage(&paren);
   EXPECT_EQ(Text(), L"fi((rst|second");
 
-  // Enter, Space and Tab arriving as keys edit and report their character;
-  // Escape does nothing.
-  edit.OnChar(VK_SPACE, 1, CCrystalEditWnd::CHARFLAG_VIRTKEY);
-  edit.OnChar(VK_RETURN, 1, CCrystalEditWnd::CHARFLAG_VIRTKEY);
-  edit.OnChar(VK_TAB, 1, CCrystalEditWnd::CHARFLAG_VIRTKEY);
-  edit.OnChar(VK_ESCAPE, 1, CCrystalEditWnd::CHARFLAG_VIRTKEY);
+  // Enter, Space and Tab arriving as keys edit and report their character; Escape does nothing.
+  for (UINT vk : {VK_SPACE, VK_RETURN, VK_TAB, VK_ESCAPE}) edit.OnChar(vk, 1, CCrystalEditWnd::CHARFLAG_VIRTKEY);
   EXPECT_EQ(Text(), L"fi(( |\trst|second");
   EXPECT_EQ(edit.chars, (std::vector<UINT>{0x28, 0x28, ' ', '\r', '\t'}));
   // A repeat count repeats the key.
@@ -301,42 +235,34 @@ TEST_F(EditTest, ParenIsTextButTheFlaggedDownKeyMoves) {
 TEST_F(EditTest, SelectionClipboardAndMouse) {
   buf.SetText(L"alpha beta");
   Key(VK_HOME);
-  Hold(VK_SHIFT, true);
-  for (int i = 0; i < 5; ++i) Key(VK_RIGHT);
-  Hold(VK_SHIFT, false);
-  CPoint s, e;
-  edit.GetSelection(s, e);
-  EXPECT_EQ(s, CPoint(0, 0));
-  EXPECT_EQ(e, CPoint(5, 0));
-  CtrlKey('C');
+  for (int i = 0; i < 5; ++i) Key(VK_RIGHT, VK_SHIFT);
+  EXPECT_EQ(Selection(), std::make_pair(CPoint(0, 0), CPoint(5, 0)));
+  Key('C', VK_CONTROL);
   EXPECT_EQ(chartcore::GetClipboardText(), L"alpha");
   Key(VK_END);
-  CtrlKey('V');
+  Key('V', VK_CONTROL);
   EXPECT_EQ(Text(), L"alpha betaalpha");
-  CtrlKey('A');
-  CtrlKey('X');
+  Key('A', VK_CONTROL);
+  Key('X', VK_CONTROL);
   EXPECT_EQ(Text(), L"");
   EXPECT_EQ(chartcore::GetClipboardText(), L"alpha betaalpha");
-  CtrlKey('Z');
+  Key('Z', VK_CONTROL);
   EXPECT_EQ(Text(), L"alpha betaalpha");
 
   // Typing over a selection replaces it in one step.
   edit.SetSelection(CPoint(6, 0), CPoint(10, 0));
   Chars(L"x");
   EXPECT_EQ(Text(), L"alpha xalpha");
-  CtrlKey('Z');
+  Key('Z', VK_CONTROL);
   EXPECT_EQ(Text(), L"alpha betaalpha");
 
-  // A click lands on the nearer side of a character (8 pixels each); a drag
-  // extends from there.
+  // A click lands on the nearer side of a character (8 pixels each), a drag extends, a double click takes the word.
   edit.SendMessage(WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(19, 3));  // 19 < 20, middle of column 2
   EXPECT_EQ(edit.GetCursorPos(), CPoint(2, 0));
   EXPECT_EQ(CWnd::GetFocus(), &edit);
   edit.SendMessage(WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(44, 3));  // 44 >= 44: after column 5
   edit.SendMessage(WM_LBUTTONUP, 0, MAKELPARAM(44, 3));
-  edit.GetSelection(s, e);
-  EXPECT_EQ(s, CPoint(2, 0));
-  EXPECT_EQ(e, CPoint(6, 0));
+  EXPECT_EQ(Selection(), std::make_pair(CPoint(2, 0), CPoint(6, 0)));
   edit.SendMessage(WM_LBUTTONDBLCLK, MK_LBUTTON, MAKELPARAM(60, 3));  // in "betaalpha"
   EXPECT_EQ(edit.GetSelectedText(), L"betaalpha");
 
@@ -363,28 +289,29 @@ TEST_F(EditTest, SelectionClipboardAndMouse) {
 
 TEST_F(EditTest, FindAndReplace) {
   buf.SetText(L"Sum sum summary\nSUM(x)");
-  CPoint at;
-  ASSERT_TRUE(edit.FindText(L"sum", CPoint(0, 0), 0, FALSE, &at));
-  EXPECT_EQ(at, CPoint(0, 0));  // any case
-  ASSERT_TRUE(edit.FindText(L"sum", CPoint(0, 0), CCrystalTextWnd::FIND_MATCH_CASE, FALSE, &at));
-  EXPECT_EQ(at, CPoint(4, 0));
-  const DWORD word = CCrystalTextWnd::FIND_WHOLE_WORD;
-  ASSERT_TRUE(edit.FindText(L"sum", CPoint(5, 0), word, FALSE, &at));
-  EXPECT_EQ(at, CPoint(0, 1));  // "summary" is no whole word; "SUM(" is
-  EXPECT_FALSE(edit.FindText(L"sum", CPoint(5, 0), word | CCrystalTextWnd::FIND_MATCH_CASE, FALSE, &at));
-  ASSERT_TRUE(edit.FindText(L"sum", CPoint(5, 0), word | CCrystalTextWnd::FIND_MATCH_CASE, TRUE, &at));
-  EXPECT_EQ(at, CPoint(4, 0));  // found by wrapping round
-  ASSERT_TRUE(edit.FindText(L"sum", CPoint(0, 1), CCrystalTextWnd::FIND_DIRECTION_UP, FALSE, &at));
-  EXPECT_EQ(at, CPoint(8, 0));  // the last match before the start
-  EXPECT_FALSE(edit.FindText(L"a\nb", CPoint(0, 0), 0, TRUE, &at));
-  EXPECT_FALSE(edit.FindText(L"", CPoint(0, 0), 0, TRUE, &at));
-
+  const DWORD kCase = CCrystalTextWnd::FIND_MATCH_CASE, kWord = CCrystalTextWnd::FIND_WHOLE_WORD;
+  struct Case { const wchar_t* what; CPoint start; DWORD flags; BOOL wrap; CPoint found; };  // found x -1: none
+  const Case cases[] = {
+      {L"sum", {0, 0}, 0, FALSE, {0, 0}},  // any case
+      {L"sum", {0, 0}, kCase, FALSE, {4, 0}},
+      {L"sum", {5, 0}, kWord, FALSE, {0, 1}},  // "summary" is no whole word; "SUM(" is
+      {L"sum", {5, 0}, kWord | kCase, FALSE, {-1, 0}},
+      {L"sum", {5, 0}, kWord | kCase, TRUE, {4, 0}},  // found by wrapping round
+      {L"sum", {0, 1}, CCrystalTextWnd::FIND_DIRECTION_UP, FALSE, {8, 0}},  // the last match before the start
+      {L"a\nb", {0, 0}, 0, TRUE, {-1, 0}},
+      {L"", {0, 0}, 0, TRUE, {-1, 0}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(&c - cases);
+    CPoint at;
+    EXPECT_EQ(edit.FindText(c.what, c.start, c.flags, c.wrap, &at) ? at : CPoint(-1, 0), c.found);
+  }
   ASSERT_TRUE(edit.FindNext(L"summary", 0));
   EXPECT_EQ(edit.GetSelectedText(), L"summary");
   EXPECT_EQ(edit.GetCursorPos(), CPoint(15, 0));
 
   const int changesBefore = edit.changes;
-  EXPECT_EQ(edit.ReplaceAll(L"sum", L"avg", word), 3);
+  EXPECT_EQ(edit.ReplaceAll(L"sum", L"avg", kWord), 3);
   EXPECT_EQ(Text(), L"avg avg summary|avg(x)");
   EXPECT_EQ(edit.changes, changesBefore + 1);  // one edit
   ASSERT_TRUE(edit.Undo());
@@ -399,13 +326,9 @@ TEST_F(EditTest, FindAndReplace) {
   edit.SetSelection(CPoint(0, 0), CPoint(2, 0));
   ASSERT_TRUE(edit.ReplaceNext(L"ab", L"X", 0));
   EXPECT_EQ(Text(), L"X ab ab");
-  EXPECT_EQ(edit.GetSelectedText(), L"ab");
-  CPoint s, e;
-  edit.GetSelection(s, e);
-  EXPECT_EQ(s, CPoint(2, 0));
+  EXPECT_EQ(Selection(), std::make_pair(CPoint(2, 0), CPoint(4, 0)));
 
   // ReplaceSelText is one undo group and leaves the caret after the text.
-  edit.SetSelection(CPoint(2, 0), CPoint(4, 0));
   ASSERT_TRUE(edit.ReplaceSelText(L"highest(C, 5)"));
   EXPECT_EQ(Text(), L"X highest(C, 5) ab");
   EXPECT_EQ(edit.GetCursorPos(), CPoint(15, 0));
