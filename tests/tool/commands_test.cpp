@@ -17,8 +17,10 @@
 
 namespace {
 
-using tooltest::ReadBytes;
 using tooltest::Cli;
+using tooltest::Has;
+using tooltest::ReadBytes;
+using tooltest::Refused;
 using tooltest::TempDir;
 using tooltest::WriteBytes;
 
@@ -32,11 +34,8 @@ TEST(ToolFormat, PrintsValuesUnderAFormatCode) {
   EXPECT_EQ(Cli({"format", "--code", "1", "1234.5"}).out, "1234.5\n");
   EXPECT_EQ(Cli({"format", "--code", "75", "101.15625", "101.5"}).out, "101`05\n101`16\n");  // 32nds, two digits
   EXPECT_EQ(Cli({"format", "--code", "65", "101.5"}).out, "101`1\n");                         // halves
-  run = Cli({"format", "--code", "2", "12abc"});
-  EXPECT_EQ(run.code, 2);
-  EXPECT_EQ(run.out, "");
-  EXPECT_EQ(run.err, "chartcore format: \"12abc\" is not a number\n");
-  EXPECT_EQ(Cli({"format", "1"}).err, "chartcore format: --code is required (see chartcore format --help)\n");
+  EXPECT_TRUE(Refused(Cli({"format", "--code", "2", "12abc"}), 2, "chartcore format: \"12abc\" is not a number\n"));
+  EXPECT_TRUE(Refused(Cli({"format", "1"}), 2, "chartcore format: --code is required (see chartcore format --help)\n"));
 }
 
 TEST(ToolTable, BarFileAsTheChartTable) {
@@ -69,35 +68,30 @@ TEST(ToolTable, BarFileAsTheChartTable) {
   };
   for (const auto& line : bad) {
     WriteBytes(dir / "bad.csv", "date,open,high,low,close,volume\n20240102,1,2,3,4,5\n" + line.first);
-    run = Cli({"table", dir / "bad.csv"});
-    EXPECT_EQ(run.code, 1);
-    EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "chartcore table: " + (dir / "bad.csv") + ":3: " + line.second + "\n");
+    EXPECT_TRUE(Refused(Cli({"table", dir / "bad.csv"}), 1,
+                        "chartcore table: " + (dir / "bad.csv") + ":3: " + line.second + "\n"));
   }
 }
 
 TEST(ToolBars, MovingAverageRollsAWindowAndPropagatesEmptyValues) {
-  CPacket series;
-  for (double v : {1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0}) series.Add(v);
-  CPacket average = chartcore::tool::MovingAverage(series, 3);
-  ASSERT_EQ(average.GetPacketSize(), 7);
-  EXPECT_EQ(average.GetValue(0), kEmpty);  // fewer than 3 bars in
-  EXPECT_EQ(average.GetValue(1), kEmpty);
-  for (int i = 2; i < 7; ++i) EXPECT_EQ(average.GetValue(i), i) << i;  // (i-1 + i + i+1) / 3 = i
-
-  // A bar without data spoils every window that holds it.
-  CPacket gappy;
-  for (double v : {1.0, 2.0, 3.0, kEmpty, 5.0, 6.0, 7.0, 8.0}) gappy.Add(v);
-  average = chartcore::tool::MovingAverage(gappy, 2);
-  const double expected[] = {kEmpty, 1.5, 2.5, kEmpty, kEmpty, 5.5, 6.5, 7.5};
-  for (int i = 0; i < 8; ++i) EXPECT_EQ(average.GetValue(i), expected[i]) << i;
-
-  average = chartcore::tool::MovingAverage(series, 0);
-  EXPECT_EQ(average.GetPacketSize(), 7);
-  EXPECT_EQ(average.GetValue(6), kEmpty);
-  EXPECT_EQ(chartcore::tool::MovingAverage(CPacket(), 5).GetPacketSize(), 0);
-  average = chartcore::tool::MovingAverage(series, 8);  // longer than the series
-  EXPECT_EQ(average.GetValue(6), kEmpty);
+  // Empty until the window is full; a bar without data spoils every window
+  // that holds it; a period below 1 or past the series gives no values.
+  const std::vector<double> ramp = {1, 2, 3, 4, 5, 6, 7};
+  const std::vector<double> none(7, kEmpty);
+  struct Case { std::vector<double> series; int period; std::vector<double> expected; };
+  const Case cases[] = {
+      {ramp, 3, {kEmpty, kEmpty, 2, 3, 4, 5, 6}},
+      {{1, 2, 3, kEmpty, 5, 6, 7, 8}, 2, {kEmpty, 1.5, 2.5, kEmpty, kEmpty, 5.5, 6.5, 7.5}},
+      {ramp, 0, none}, {ramp, 8, none}, {{}, 5, {}},
+  };
+  for (const Case& c : cases) {
+    CPacket series;
+    for (double v : c.series) series.Add(v);
+    const CPacket average = chartcore::tool::MovingAverage(series, c.period);
+    std::vector<double> values;
+    for (int i = 0; i < average.GetPacketSize(); ++i) values.push_back(average.GetValue(i));
+    EXPECT_EQ(values, c.expected) << "period " << c.period;
+  }
 }
 
 TEST(ToolHighlight, ColoursFromTheEditorInAnsiAndHtml) {
@@ -108,11 +102,9 @@ TEST(ToolHighlight, ColoursFromTheEditorInAnsiAndHtml) {
   // "if" a constant word (blue), " x " normal text, the comment green.
   EXPECT_EQ(run.out, "\x1b[38;2;0;0;255mif\x1b[0m x \x1b[38;2;0;128;0m// c\x1b[0m\n");
   run = Cli({"highlight", dir / "a.txt", "--html", "--workspace", dir.path()});
-  EXPECT_NE(run.out.find("<pre style=\"background:#FFFFFF;color:#000000;font-family:monospace\">"
-                         "<span style=\"color:#0000FF\">if</span> x <span style=\"color:#008000\">// c</span>\n"
-                         "</pre>"),
-            std::string::npos)
-      << run.out;
+  EXPECT_TRUE(Has(run.out, "<pre style=\"background:#FFFFFF;color:#000000;font-family:monospace\">"
+                           "<span style=\"color:#0000FF\">if</span> x <span style=\"color:#008000\">// c</span>\n"
+                           "</pre>"));
   EXPECT_EQ(Cli({"highlight", dir / "a.txt", "--html", "--ansi"}).code, 2);
 
   // User functions come from the workspace's list; the mode hides volume.
@@ -120,21 +112,20 @@ TEST(ToolHighlight, ColoursFromTheEditorInAnsiAndHtml) {
   chartcore::tool::WriteSampleWorkspace(ws.path());
   WriteBytes(dir / "b.txt", "GapRatio(20) volume");
   const std::string userFunction = "\x1b[38;2;165;42;42mGapRatio";
-  EXPECT_NE(Cli({"highlight", dir / "b.txt", "--ansi", "--workspace", ws.path()}).out.find(userFunction),
-            std::string::npos);
+  EXPECT_TRUE(Has(Cli({"highlight", dir / "b.txt", "--ansi", "--workspace", ws.path()}).out, userFunction));
   run = Cli({"highlight", dir / "b.txt", "--ansi", "--workspace", dir.path()});
-  EXPECT_EQ(run.out.find(userFunction), std::string::npos);
-  EXPECT_NE(run.out.find("\x1b[38;2;162;40;202mvolume"), std::string::npos);  // mode 2: a price word
+  EXPECT_FALSE(Has(run.out, userFunction));
+  EXPECT_TRUE(Has(run.out, "\x1b[38;2;162;40;202mvolume"));  // mode 2: a price word
   run = Cli({"highlight", dir / "b.txt", "--ansi", "--workspace", dir.path(), "--mode", "0"});
-  EXPECT_EQ(run.out.find("162;40;202"), std::string::npos);
+  EXPECT_FALSE(Has(run.out, "162;40;202"));
 
   // A definition file gives its formula; its workspace gives the functions.
   run = Cli({"highlight", ws / "Logic/Signal/GoldenCross.sig"});
   EXPECT_EQ(run.out, "crossup(MA(C, Short), MA(C, Long))\n");  // not a terminal: plain text
   run = Cli({"highlight", ws / "Logic/Signal/VolumeBreakout.sig", "--ansi"});
-  EXPECT_NE(run.out.find("\x1b[38;2;165;42;42mVolumeSpike"), std::string::npos) << run.out;
-  EXPECT_EQ(Cli({"highlight", dir / "none.txt"}).err,
-            "chartcore highlight: " + (dir / "none.txt") + ": cannot open (file not found)\n");
+  EXPECT_TRUE(Has(run.out, "\x1b[38;2;165;42;42mVolumeSpike"));
+  EXPECT_TRUE(Refused(Cli({"highlight", dir / "none.txt"}), 1,
+                      "chartcore highlight: " + (dir / "none.txt") + ": cannot open (file not found)\n"));
 }
 
 TEST(ToolWorkspace, InitMakesTheLayoutAndNeverOverwritesSilently) {
@@ -156,18 +147,16 @@ TEST(ToolWorkspace, InitMakesTheLayoutAndNeverOverwritesSilently) {
 
   // Again: refused before anything is touched, unless forced.
   WriteBytes(root + "/Logic/Signal/GoldenCross.sig", "mine");
-  run = Cli({"workspace", "init", root, "--samples"});
-  EXPECT_EQ(run.code, 1);
-  EXPECT_EQ(run.err, "chartcore workspace init: " + root +
-                         "/Event/.keep: already exists; nothing was written (--force replaces the sample's files)\n");
+  EXPECT_TRUE(Refused(Cli({"workspace", "init", root, "--samples"}), 1,
+                      "chartcore workspace init: " + root +
+                          "/Event/.keep: already exists; nothing was written (--force replaces the sample's files)\n"));
   EXPECT_EQ(ReadBytes(root + "/Logic/Signal/GoldenCross.sig"), "mine");
   EXPECT_EQ(Cli({"workspace", "init", root, "--samples", "--force"}).code, 0);
   EXPECT_NE(ReadBytes(root + "/Logic/Signal/GoldenCross.sig"), "mine");
 
   WriteBytes(dir / "file", "x");
-  run = Cli({"workspace", "init", dir / "file"});
-  EXPECT_EQ(run.code, 1);
-  EXPECT_EQ(run.err, "chartcore workspace init: " + (dir / "file") + ": exists and is not a folder\n");
+  EXPECT_TRUE(Refused(Cli({"workspace", "init", dir / "file"}), 1,
+                      "chartcore workspace init: " + (dir / "file") + ": exists and is not a folder\n"));
   EXPECT_EQ(Cli({"workspace"}).code, 2);
 }
 
@@ -179,14 +168,11 @@ TEST(ToolDemo, ToursAWorkspaceWithItsDefinitionsBarsAndFormula) {
   const std::string& out = run.out;
   EXPECT_EQ(out.rfind(std::string("chartcore ") + chartcore::GetLibraryVersion() + ": a tour of a workspace\n", 0),
             0u);
-  EXPECT_NE(out.find("\n  FUNCT    6  BandPosition, GapRatio, MidPrice, TrueHigh, TrueLow, VolumeSpike\n"),
-            std::string::npos);
-  EXPECT_NE(out.find("\n  BandPosition(Price, Upper, Lower)  Position of a price inside a band, in percent\n"),
-            std::string::npos);
-  EXPECT_NE(out.find("Local_demo/Data/900010_day.csv, 489 bars from 2023/01/02 to 2024/12/30\n"),
-            std::string::npos);
-  EXPECT_NE(out.find("Formula of PriceMomentum (Logic/Indica/PriceMomentum.ind)"), std::string::npos);
-  EXPECT_EQ(out.find('\x1b'), std::string::npos);  // --color never
+  EXPECT_TRUE(Has(out, "\n  FUNCT    6  BandPosition, GapRatio, MidPrice, TrueHigh, TrueLow, VolumeSpike\n"));
+  EXPECT_TRUE(Has(out, "\n  BandPosition(Price, Upper, Lower)  Position of a price inside a band, in percent\n"));
+  EXPECT_TRUE(Has(out, "Local_demo/Data/900010_day.csv, 489 bars from 2023/01/02 to 2024/12/30\n"));
+  EXPECT_TRUE(Has(out, "Formula of PriceMomentum (Logic/Indica/PriceMomentum.ind)"));
+  EXPECT_FALSE(Has(out, "\x1b"));  // --color never
 
   // The last row: stamped with the session close, MA(5) of the last five
   // closes as read from the file itself, and the close minus it.
@@ -203,7 +189,7 @@ TEST(ToolDemo, ToursAWorkspaceWithItsDefinitionsBarsAndFormula) {
   const size_t lastRow = out.find("  2024/12/30  15:30:00");
   ASSERT_NE(lastRow, std::string::npos);
   const std::string row = out.substr(lastRow, out.find('\n', lastRow) - lastRow);
-  EXPECT_NE(row.find("  " + average + "  "), std::string::npos) << row;
+  EXPECT_TRUE(Has(row, "  " + average + "  "));
   EXPECT_EQ(row.substr(row.size() - gap.size()), gap) << row;
 
   // Without --workspace: a temporary copy of the built-in sample, removed.
@@ -214,20 +200,20 @@ TEST(ToolDemo, ToursAWorkspaceWithItsDefinitionsBarsAndFormula) {
   ASSERT_NE(at, std::string::npos);
   const std::string temp = run.out.substr(at + marker.size(), run.out.find(" (removed", at) - at - marker.size());
   EXPECT_FALSE(tooltest::fs::exists(temp)) << temp;
-  EXPECT_NE(run.out.find("prices under format code 2"), std::string::npos);
-  EXPECT_NE(run.out.find(".00  "), std::string::npos);  // two decimals
-  EXPECT_EQ(Cli({"demo", "--workspace", ws / "none"}).err, "chartcore demo: " + (ws / "none") + ": not a folder\n");
+  EXPECT_TRUE(Has(run.out, "prices under format code 2"));
+  EXPECT_TRUE(Has(run.out, ".00  "));  // two decimals
+  EXPECT_TRUE(
+      Refused(Cli({"demo", "--workspace", ws / "none"}), 1, "chartcore demo: " + (ws / "none") + ": not a folder\n"));
 
   // A damaged workspace is still toured: the damage is named in place.
   WriteBytes(ws / "Logic/Region/StrongTrend.reg", "\x01");
   WriteBytes(ws / chartcore::tool::kSampleBarsFile, "date,open,high,low,close,volume\n20240102,1,2\n");
   run = Cli({"demo", "--workspace", ws.path(), "--color", "never"});
   EXPECT_EQ(run.code, 0) << run.err;
-  EXPECT_NE(run.out.find("  REGION   2  LowVolatility, StrongTrend (unreadable)\n"), std::string::npos) << run.out;
+  EXPECT_TRUE(Has(run.out, "  REGION   2  LowVolatility, StrongTrend (unreadable)\n"));
   EXPECT_NE(run.out.find("StrongTrend.reg: corrupt REGION definition (archive cause endOfFile"), std::string::npos);
-  EXPECT_NE(run.out.find(":2: expected 6 fields (date, open, high, low, close, volume), found 3\n"),
-            std::string::npos);
-  EXPECT_NE(run.out.find("Formula of PriceMomentum"), std::string::npos);
+  EXPECT_TRUE(Has(run.out, ":2: expected 6 fields (date, open, high, low, close, volume), found 3\n"));
+  EXPECT_TRUE(Has(run.out, "Formula of PriceMomentum"));
 }
 
 TEST(ToolCli, VersionHelpAndUsageErrors) {
@@ -236,18 +222,12 @@ TEST(ToolCli, VersionHelpAndUsageErrors) {
   EXPECT_EQ(run.out, std::string("chartcore ") + chartcore::GetLibraryVersion() + "\n");
   run = Cli({});
   EXPECT_EQ(run.code, 0);
-  EXPECT_NE(run.out.find("demo"), std::string::npos);
-  run = Cli({"frobnicate"});
-  EXPECT_EQ(run.code, 2);
+  EXPECT_TRUE(Has(run.out, "demo"));
   std::string names;
-  for (const auto& command : chartcore::tool::Commands()) {
-    names += (names.empty() ? "" : ", ") + std::string(command.name);
-  }
+  for (const auto& command : chartcore::tool::Commands()) names += (names.empty() ? "" : ", ") + std::string(command.name);
   EXPECT_EQ(names.rfind("demo, workspace, inspect, pack, highlight, format, table", 0), 0u);
-  EXPECT_EQ(run.err, "chartcore: unknown command \"frobnicate\" (one of " + names + ")\n");
-  run = Cli({"inspect"});
-  EXPECT_EQ(run.code, 2);
-  EXPECT_EQ(run.err, "chartcore inspect: FILE is required (see chartcore inspect --help)\n");
+  EXPECT_TRUE(Refused(Cli({"frobnicate"}), 2, "chartcore: unknown command \"frobnicate\" (one of " + names + ")\n"));
+  EXPECT_TRUE(Refused(Cli({"inspect"}), 2, "chartcore inspect: FILE is required (see chartcore inspect --help)\n"));
   EXPECT_EQ(Cli({"inspect", "--help"}).code, 0);
 }
 

@@ -3,16 +3,17 @@
 #ifndef CHARTCORE_TESTS_TOOL_TOOL_TEST_UTIL_H_
 #define CHARTCORE_TESTS_TOOL_TOOL_TEST_UTIL_H_
 
-#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
+#include "common/temp_dir.h"
 #include "tool.h"
 
 namespace tooltest {
@@ -38,28 +39,24 @@ inline RunResult Cli(const std::vector<std::string>& args, bool outTerminal = fa
   return {code, out.str(), err.str()};
 }
 
-// A fresh folder below the system's temporary folder, removed afterwards.
-class TempDir {
+// A refusal: this exit code, nothing on stdout, exactly err on stderr.
+inline ::testing::AssertionResult Refused(const RunResult& run, int code, const std::string& err) {
+  if (run.code == code && run.out.empty() && run.err == err) return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << "exit " << run.code << ", stdout \"" << run.out << "\", stderr \"" << run.err
+                                       << "\"";
+}
+
+// Whether text holds part (the whole text is shown when it does not).
+inline ::testing::AssertionResult Has(const std::string& text, const std::string& part) {
+  if (text.find(part) != std::string::npos) return ::testing::AssertionSuccess() << "\"" << part << "\" in:\n" << text;
+  return ::testing::AssertionFailure() << "\"" << part << "\" not in:\n" << text;
+}
+
+// A scratch folder whose paths come as the tool takes them: dir / "a/b".
+class TempDir : public chartcore_test::TempDir {
  public:
-  TempDir() {
-    static std::atomic<int> serial{0};
-    do {
-      root_ = fs::temp_directory_path() / ("chartcore_tool_test_" + std::to_string(std::random_device{}()) + "_" +
-                                           std::to_string(serial++));
-    } while (!fs::create_directory(root_));
-  }
-  ~TempDir() {
-    std::error_code ec;
-    fs::remove_all(root_, ec);
-  }
-  TempDir(const TempDir&) = delete;
-  TempDir& operator=(const TempDir&) = delete;
-
-  std::string path() const { return root_.string(); }
-  std::string operator/(const std::string& relative) const { return (root_ / relative).string(); }
-
- private:
-  fs::path root_;
+  std::string path() const { return root().string(); }
+  std::string operator/(const std::string& relative) const { return (root() / relative).string(); }
 };
 
 inline std::string ReadBytes(const std::string& path) {
@@ -76,9 +73,7 @@ inline void WriteBytes(const std::string& path, const std::string& bytes) {
 inline std::map<std::string, std::string> TreeBytes(const std::string& root) {
   std::map<std::string, std::string> files;
   for (const auto& entry : fs::recursive_directory_iterator(root)) {
-    if (entry.is_regular_file()) {
-      files[fs::relative(entry.path(), root).generic_string()] = ReadBytes(entry.path().string());
-    }
+    if (entry.is_regular_file()) files[fs::relative(entry.path(), root).generic_string()] = ReadBytes(entry.path().string());
   }
   return files;
 }
