@@ -64,7 +64,8 @@ TEST(QtConversions, LogicalFontsMapAsTheSystemMapperReadsThem) {
   lf.lfHeight = -14;
   lf.lfPitchAndFamily = kFixedPitch;
   EXPECT_EQ(QFontInfo(FontFromLogFont(&lf)).family(), MonospaceFamily());
-  EXPECT_EQ(FontMetricsOf(&lf).horizontalAdvance(QLatin1Char('i')), FontMetricsOf(&lf).horizontalAdvance(QLatin1Char('W')));
+  EXPECT_EQ(FontMetricsOf(&lf).horizontalAdvance(QLatin1Char('i')),
+            FontMetricsOf(&lf).horizontalAdvance(QLatin1Char('W')));
   LOGFONT bold{};
   bold.lfWeight = FW_BOLD;
   bold.lfItalic = 1;
@@ -120,7 +121,8 @@ TEST(QtKeys, TranslationMakesTheCharactersWindowsWould) {
       {Qt::Key_unknown, kNone, "한\xF0\x9F\x98\x80", std::wstring(L"한") + static_cast<wchar_t>(0x1F600)},
   };
   for (const Case& c : cases)
-    EXPECT_EQ(TranslatedChars(c.key, c.mods, QString::fromUtf8(c.text)), c.chars) << std::hex << c.key << " " << c.mods.toInt();
+    EXPECT_EQ(TranslatedChars(c.key, c.mods, QString::fromUtf8(c.text)), c.chars) << std::hex << c.key << " "
+                                                                                   << c.mods.toInt();
 }
 
 TEST(QtKeys, KeyMessageFlagsAsTheSystemSetsThem) {

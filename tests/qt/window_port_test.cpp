@@ -145,7 +145,7 @@ TEST(QtWindowPort, DesktopAnswersComeFromQtAndClosingDestroys) {
   wnd.SetFocus();
   QWidget* client = ClientWidget(&wnd);
   ASSERT_NE(client->screen(), nullptr);
-  EXPECT_EQ(chartcore::GetScreenPixelsPerInchY(), static_cast<int>(std::lround(client->screen()->logicalDotsPerInchY())));
+  EXPECT_EQ(chartcore::GetScreenPixelsPerInchY(), std::lround(client->screen()->logicalDotsPerInchY()));
   EXPECT_EQ(GetSysColor(COLOR_WINDOW), chartcore::qt::ToColorRef(QApplication::palette().color(QPalette::Base)));
   // Key state follows the events that reached a window.
   QTest::keyPress(client, Qt::Key_Shift, Qt::ShiftModifier);
