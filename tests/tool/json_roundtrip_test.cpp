@@ -33,6 +33,7 @@ using tooltest::Cli;
 using tooltest::Has;
 using tooltest::ReadBytes;
 using tooltest::Refused;
+using tooltest::SampleDir;
 using tooltest::TempDir;
 using tooltest::WriteBytes;
 
@@ -48,16 +49,18 @@ double FromBits(std::uint64_t bits) {
   return value;
 }
 
-// A workspace holding the tool's own copy of the sample.
-class SampleDir : public TempDir {
- public:
-  SampleDir() { EXPECT_EQ(Cli({"workspace", "init", path(), "--samples"}).code, 0); }
-};
-
 template <class RECORD>
 std::string Stored(RECORD& record, Framing framing = Framing::kPlain) {
   const std::vector<BYTE> bytes = chartcore::tool::StoreDefinition(record, framing);
   return std::string(bytes.begin(), bytes.end());
+}
+
+// What pack writes for a document (kept in dir as doc.json and packed).
+std::string Packed(const std::string& document, const TempDir& dir) {
+  WriteBytes(dir / "doc.json", document);
+  const auto run = Cli({"pack", dir / "doc.json", "-o", dir / "packed"});
+  EXPECT_TRUE(run.code == 0 && run.out.empty()) << run.err;
+  return ReadBytes(dir / "packed");
 }
 
 // The document pack reads for one record, as inspect prints it, and the
@@ -134,12 +137,7 @@ TEST(ToolPack, EverySampleDefinitionRoundTripsToTheByte) {
     const auto inspected = Cli({"inspect", file.path});
     ASSERT_EQ(inspected.code, 0) << inspected.err;
     EXPECT_TRUE(Has(inspected.out, "\"currentForm\": true"));
-    WriteBytes(scratch / "doc.json", inspected.out);
-    const std::string packed = scratch / ("packed" + file.kind->extensions.front());
-    const auto run = Cli({"pack", scratch / "doc.json", "-o", packed});
-    ASSERT_EQ(run.code, 0) << run.err;
-    EXPECT_EQ(run.out, "");
-    EXPECT_TRUE(ReadBytes(packed) == ReadBytes(file.path)) << "changed through JSON";
+    EXPECT_TRUE(Packed(inspected.out, scratch) == ReadBytes(file.path)) << "changed through JSON";
   }
 }
 
@@ -162,9 +160,7 @@ TEST(ToolPack, OlderVersionPacksAsTheCurrentOneAndObjectFramingIsKept) {
   EXPECT_EQ(doc["currentForm"], false);
   EXPECT_EQ(doc["record"]["m_nVersion"], 1);  // upgraded on load
   EXPECT_EQ(doc["record"]["nF02"], -1);       // what format 0 files mean
-  WriteBytes(dir / "doc.json", inspected.out);
-  ASSERT_EQ(Cli({"pack", dir / "doc.json", "-o", dir / "new.fil"}).code, 0);
-  EXPECT_TRUE(ReadBytes(dir / "new.fil") == current);
+  EXPECT_TRUE(Packed(inspected.out, dir) == current);
 
   // An object-framed file names its own class wherever it lies, and packs
   // back with its framing.
@@ -177,16 +173,14 @@ TEST(ToolPack, OlderVersionPacksAsTheCurrentOneAndObjectFramingIsKept) {
   ASSERT_EQ(run.code, 0) << run.err;
   EXPECT_EQ(Json::parse(run.out)["framing"], "object");
   EXPECT_EQ(Json::parse(run.out)["kind"], "PATTERN");
-  WriteBytes(dir / "doji.json", run.out);
-  ASSERT_EQ(Cli({"pack", dir / "doji.json", "-o", dir / "doji2.bin"}).code, 0);
-  EXPECT_TRUE(ReadBytes(dir / "doji2.bin") == framed);
+  EXPECT_TRUE(Packed(run.out, dir) == framed);
   EXPECT_TRUE(Refused(Cli({"inspect", "--kind", "signal", dir / "doji.bin"}), 1,
                       "chartcore inspect: " + (dir / "doji.bin") + ": holds a PATTERN definition, not SIGNAL\n"));
 }
 
 TEST(ToolPack, DoublesAndTextsJsonCannotHoldSurviveTheRoundTrip) {
   TempDir dir;
-  WriteBytes(dir / "in.json", R"({"kind": "INDICA", "record": {
+  WriteBytes(dir / "a.ind", Packed(R"({"kind": "INDICA", "record": {
       "m_dValue": "NaN",
       "m_strText1": {"utf16": [55296, 65]},
       "m_arrVariable": [
@@ -194,8 +188,7 @@ TEST(ToolPack, DoublesAndTextsJsonCannotHoldSurviveTheRoundTrip) {
         {"strText": "b", "dValue": "0x7FF0000000000001"},
         {"strText": "c", "dValue": -0.0},
         {"strText": "d", "dValue": 5e-324},
-        {"strText": "e", "dValue": 0.1}]}})");
-  ASSERT_EQ(Cli({"pack", dir / "in.json", "-o", dir / "a.ind"}).code, 0);
+        {"strText": "e", "dValue": 0.1}]}})", dir));
   const auto inspected = Cli({"inspect", dir / "a.ind"});
   ASSERT_EQ(inspected.code, 0) << inspected.err;
   const Json record = Json::parse(inspected.out)["record"];
@@ -210,9 +203,7 @@ TEST(ToolPack, DoublesAndTextsJsonCannotHoldSurviveTheRoundTrip) {
   EXPECT_EQ(Bits(loaded.m_arrVariable[2].dValue), 0x8000000000000000ull);
   EXPECT_EQ(loaded.m_arrVariable[3].dValue, 5e-324);
   EXPECT_EQ(loaded.m_arrVariable[4].dValue, 0.1);
-  WriteBytes(dir / "again.json", inspected.out);
-  ASSERT_EQ(Cli({"pack", dir / "again.json", "-o", dir / "b.ind"}).code, 0);
-  EXPECT_TRUE(ReadBytes(dir / "b.ind") == ReadBytes(dir / "a.ind"));
+  EXPECT_TRUE(Packed(inspected.out, dir) == ReadBytes(dir / "a.ind"));
 }
 
 TEST(ToolInspect, KindComesFromOptionFramingFolderOrExtension) {
@@ -291,7 +282,8 @@ TEST(ToolErrors, MissingCorruptAndUnknownGiveOneLineAndWriteNothing) {
             0u);
   WriteBytes(dir / "good.json", R"({"kind": "SIGNAL", "record": {}})");
   EXPECT_TRUE(Refused(Cli({"pack", dir / "good.json", "-o", dir / "no/such.sig"}), 1,
-                      "chartcore pack: " + (dir / "no/such.sig") + ": cannot write (no folder " + (dir / "no") + ")\n"));
+                      "chartcore pack: " + (dir / "no/such.sig") + ": cannot write (no folder " + (dir / "no") +
+                          ")\n"));
   WriteBytes(dir / "bad.json", R"({"kind": "SIGNAL", "record": {"m_arrVariable": [{"nValue": "x"}]}})");
   EXPECT_TRUE(Refused(Cli({"pack", dir / "bad.json", "-o", target}), 1,
                       "chartcore pack: " + (dir / "bad.json") +

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "common/temp_dir.h"
+#include "sample_workspace.h"
 #include "tool.h"
 
 namespace tooltest {
@@ -59,6 +60,12 @@ class TempDir : public chartcore_test::TempDir {
   std::string operator/(const std::string& relative) const { return (root() / relative).string(); }
 };
 
+// A scratch folder holding the sample workspace.
+class SampleDir : public TempDir {
+ public:
+  SampleDir() { chartcore::tool::WriteSampleWorkspace(path()); }
+};
+
 inline std::string ReadBytes(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
@@ -73,7 +80,8 @@ inline void WriteBytes(const std::string& path, const std::string& bytes) {
 inline std::map<std::string, std::string> TreeBytes(const std::string& root) {
   std::map<std::string, std::string> files;
   for (const auto& entry : fs::recursive_directory_iterator(root)) {
-    if (entry.is_regular_file()) files[fs::relative(entry.path(), root).generic_string()] = ReadBytes(entry.path().string());
+    if (!entry.is_regular_file()) continue;
+    files[fs::relative(entry.path(), root).generic_string()] = ReadBytes(entry.path().string());
   }
   return files;
 }
