@@ -360,3 +360,43 @@ TEST_F(EditTest, FlushingAGroupPlacesTheCaretAndTellsTheParent) {
 }
 
 }  // namespace
+
+namespace {
+// Headless windows whose line height follows the font, as on a screen.
+class ScalingPort : public chartcore::HeadlessWindowPort {
+ public:
+  using HeadlessWindowPort::HeadlessWindowPort;
+  void GetTextMetrics(const LOGFONT* font, TEXTMETRIC* metrics) override {
+    HeadlessWindowPort::GetTextMetrics(font, metrics);
+    if (font != nullptr && font->lfHeight != 0) metrics->tmHeight = font->lfHeight < 0 ? -font->lfHeight : font->lfHeight;
+  }
+};
+class ScalingFactory : public chartcore::HeadlessPortFactory {
+ public:
+  std::unique_ptr<chartcore::WindowPort> CreatePort(CWnd* wnd) override { return std::make_unique<ScalingPort>(wnd); }
+};
+}  // namespace
+
+TEST(TextViewFont, AFocusedCaretFollowsTheNewLineHeight) {
+  ScalingFactory factory;
+  chartcore::WindowPortFactory* previous = chartcore::SetWindowPortFactory(&factory);
+  {
+    CCrystalTextBuffer buffer;
+    buffer.InitNew();
+    CCrystalEditWnd view;
+    ASSERT_TRUE(view.Create(nullptr, L"", WS_POPUP | WS_VISIBLE, CRect(0, 0, 320, 160), nullptr, 1));
+    view.AttachToBuffer(&buffer);
+    view.SetFocus();
+    const auto* port = dynamic_cast<const chartcore::HeadlessWindowPort*>(view.GetPort());
+    ASSERT_NE(port, nullptr);
+    ASSERT_TRUE(port->HasCaret());
+    LOGFONT large{};
+    large.lfHeight = -30;
+    view.SetViewFont(&large);
+    EXPECT_EQ(view.GetLineHeight(), 30);
+    EXPECT_EQ(port->GetCaretSize().cy, 30);
+    EXPECT_TRUE(port->IsCaretShown());
+    view.DestroyWindow();
+  }
+  chartcore::SetWindowPortFactory(previous);
+}
