@@ -12,15 +12,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdlib>
+#include <sstream>
 #include <thread>
 #endif
 
 using chartcore_test::TempDir;
 using testing_fs::MessageCapture;
 
-TEST(LogFile, AppendsInOrderWithNothingBetween) {
+TEST(LogFile, AppendsAsWrittenAndSkipsWhatCannotBeOpened) {
   TempDir t;
   const CString log = t.lib("logs/trade.log");
   t.MakeFile("logs/other.log", "");
@@ -36,8 +36,7 @@ TEST(LogFile, AppendsInOrderWithNothingBetween) {
   WriteLog(log, L"\xD55C\xAE00");  // Korean goes out as UTF-8
   EXPECT_EQ(t.Read("logs/trade.log"), "first second\n\xED\x95\x9C\xEA\xB8\x80");
 #endif
-  // A folder that does not exist is skipped silently.
-  WriteLog(t.lib("no/such/dir/x.log"), L"lost");
+  WriteLog(t.lib("no/such/dir/x.log"), L"lost");  // a missing folder is not made
   EXPECT_FALSE(t.Has("no"));
 }
 
@@ -48,8 +47,7 @@ TEST(LogFile, TwoProcessesAppendWholeLines) {
   pid_t children[2];
   for (int c = 0; c < 2; ++c) {
     if ((children[c] = fork()) == 0) {
-      // Long lines, so that a torn or overwritten write would show.
-      const std::wstring line = std::wstring(200, L"ab"[c]) + L"\n";
+      const std::wstring line = std::wstring(200, L"ab"[c]) + L"\n";  // long, so a torn write would show
       for (int i = 0; i < kLines; ++i) WriteLog(t.lib("shared.log"), line.c_str());
       _exit(0);
     }
@@ -58,74 +56,67 @@ TEST(LogFile, TwoProcessesAppendWholeLines) {
   for (pid_t pid : children) ASSERT_EQ(waitpid(pid, nullptr, 0), pid);
   const std::string all = t.Read("shared.log");
   ASSERT_EQ(all.size(), 2u * kLines * 201);  // nothing overwritten
-  int lineOfA = 0;
+  int linesOfA = 0;
   for (size_t at = 0; at < all.size() && !HasFailure(); at += 201) {
-    const std::string line = all.substr(at, 201);
-    EXPECT_EQ(line, std::string(200, line[0] == 'a' ? 'a' : 'b') + "\n") << "torn line at byte " << at;
-    lineOfA += line[0] == 'a';
+    EXPECT_EQ(all.substr(at, 201), std::string(200, all[at]) + "\n") << "torn line at byte " << at;
+    linesOfA += all[at] == 'a';
   }
-  EXPECT_EQ(lineOfA, kLines);  // and so as many of the other
+  EXPECT_EQ(linesOfA, kLines);  // and so as many of the other
 }
 
 namespace {
 
-// A folder of fake desktop programs, alone on PATH (BROWSER unset). Each fake
-// records the arguments it was started with (NUL-separated, its own path
-// first), then waits for the test to open the gate before it finishes, so a
-// test can see that the library returned while the program still ran.
+using Lines = std::vector<std::string>;
+
+// A folder of fake desktop programs, alone on PATH, with BROWSER unset ("!"
+// before a name makes a fake whose start fails). A fake that starts adds a
+// line "name|argument|..." to the folder's "calls", then waits for the gate
+// before it finishes, so a test sees that the library returned while it still
+// ran; asked for --version it prints its version text instead.
 class FakeDesktop {
  public:
-  FakeDesktop() : m_path(std::getenv("PATH") != nullptr ? std::getenv("PATH") : "/usr/bin:/bin") {
-    std::filesystem::create_directories(m_dir.native("bin"));
+  explicit FakeDesktop(const std::string& names) : m_path(std::getenv("PATH") ? std::getenv("PATH") : "/usr/bin") {
     setenv("PATH", m_dir.native("bin").c_str(), 1);
     unsetenv("BROWSER");
+    std::istringstream words(names);
+    for (std::string name; words >> name;) name[0] == '!' ? Script(name.substr(1), "#!/nonexistent/sh\n") : Add(name);
   }
   ~FakeDesktop() {
-    OpenGate();  // every fake that started finishes before its folder goes
-    for (const std::string& name : m_recorders) {
-      if (m_dir.Has(name + ".args")) WaitFor(name + ".done");
-    }
+    m_dir.MakeFile("bin/gate", "");  // every fake that started finishes before its folder goes
+    WaitFor("done", Read("calls").size());
     setenv("PATH", m_path.c_str(), 1);
     unsetenv("BROWSER");
   }
 
-  // A recording program; for "--version" it prints version instead.
-  void AddRecorder(const std::string& name, const std::string& version = "") {
-    const std::string out = "'" + m_dir.root().string() + "/" + name;
+  void Add(const std::string& name, const std::string& version = "") {
     Script(name, "#!/bin/sh\nPATH=/usr/bin:/bin\n"
-                 "if [ \"$1\" = --version ]; then printf '%s\\n' '" + version + "'; exit 0; fi\n"
-                 "printf '%s\\0' \"$0\" \"$@\" > " + out + ".tmp'\nmv " + out + ".tmp' " + out + ".args'\n"
-                 "i=0\nwhile [ ! -e '" + m_dir.root().string() + "/gate' ] && [ $i -lt 600 ]; do\n"
-                 "  sleep 0.05; i=$((i+1))\ndone\n: > " + out + ".done'\n");
-    m_recorders.push_back(name);
+                 "if [ \"$1\" = --version ]; then echo '" + version + "'; exit 0; fi\n"
+                 "line=${0##*/}; for word; do line=\"$line|$word\"; done; printf '%s\\n' \"$line\" >> \"${0%/*}/calls\"\n"
+                 "i=0; while [ ! -e \"${0%/*}/gate\" ] && [ $i -lt 600 ]; do sleep 0.05; i=$((i+1)); done\n"
+                 "echo >> \"${0%/*}/done\"\n");
   }
-  // A program whose interpreter does not exist, so exec fails.
-  void AddBroken(const std::string& name) { Script(name, "#!/nonexistent/interpreter\n"); }
-
-  std::string Bin(const std::string& name) const { return m_dir.native("bin/" + name).string(); }
-  std::string Native(const std::string& relative) const { return m_dir.native(relative).string(); }
+  // The programs started, once `count` of them have written their line.
+  Lines Calls(size_t count) const {
+    WaitFor("calls", count);
+    return Read("calls");
+  }
+  size_t Finished() const { return Read("done").size(); }
   CString Lib(const std::string& relative) const { return m_dir.lib(relative); }
-  bool Finished(const std::string& name) const { return m_dir.Has(name + ".done"); }
-  void OpenGate() const { m_dir.MakeFile("gate", ""); }
-
-  // The arguments a fake was started with (waiting for it to write them).
-  std::vector<std::string> Arguments(const std::string& name) const {
-    std::vector<std::string> words;
-    const std::string all = WaitFor(name + ".args") ? m_dir.Read(name + ".args") : "";
-    for (size_t start = 0, end; (end = all.find('\0', start)) != std::string::npos; start = end + 1) {
-      words.push_back(all.substr(start, end - start));
-    }
-    return words;
-  }
-
-  // Polls for a file a fake writes; the bound only keeps a broken run from
-  // hanging, nothing is measured.
-  bool WaitFor(const std::string& relative) const {
-    for (int i = 0; i < 2000 && !m_dir.Has(relative); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    return m_dir.Has(relative);
-  }
+  std::string Native(const std::string& relative) const { return m_dir.native(relative).string(); }
 
  private:
+  Lines Read(const std::string& file) const {  // complete lines only
+    Lines lines;
+    const std::string all = m_dir.Read("bin/" + file);
+    for (size_t start = 0, end; (end = all.find('\n', start)) != std::string::npos; start = end + 1) {
+      lines.push_back(all.substr(start, end - start));
+    }
+    return lines;
+  }
+  // The bound only keeps a broken run from hanging; nothing is measured.
+  void WaitFor(const std::string& file, size_t count) const {
+    for (int i = 0; i < 2000 && Read(file).size() < count; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
   void Script(const std::string& name, const std::string& text) {
     m_dir.MakeFile("bin/" + name, text);
     std::filesystem::permissions(m_dir.native("bin/" + name), std::filesystem::perms::owner_all);
@@ -133,152 +124,111 @@ class FakeDesktop {
 
   TempDir m_dir;
   std::string m_path;
-  std::vector<std::string> m_recorders;
 };
 
-// True when this process has no child at all, running or zombie: a viewer
-// started and left behind would show up here.
-bool HasNoChildren() {
-  errno = 0;
-  return waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD;
-}
-
-using Words = std::vector<std::string>;
-using Texts = std::vector<std::wstring>;
-const std::string kPage = "https://example.com/a b?x=1&y=\\2";  // an address is not a path
+const char kPage[] = "https://example.com/a b?x=1&y=\\2";  // an address, not a path: passed as it is
 
 }  // namespace
 
-TEST(ViewerLaunch, PathArrivesWholeAndCallDoesNotWait) {
-  FakeDesktop desk;
-  desk.AddRecorder("xdg-open");
-  const std::string awkward = "my docs/it's \"q\" $HOME; a*b.pdf";
-  EXPECT_EQ(RunPDFFile(desk.Lib(awkward)), 1);
-  // The fake still waits for the gate, so the call did not wait for it, and
-  // neither it nor a helper process is a child of ours.
-  EXPECT_FALSE(desk.Finished("xdg-open"));
-  EXPECT_TRUE(HasNoChildren());
-  EXPECT_EQ(desk.Arguments("xdg-open"), (Words{desk.Bin("xdg-open"), desk.Native(awkward)}));
-  desk.OpenGate();
-  EXPECT_TRUE(desk.WaitFor("xdg-open.done"));
-  EXPECT_TRUE(HasNoChildren());
-}
-
-TEST(ViewerLaunch, OpenersAndBrowsersInOrderWithTheirMessages) {
-  MessageCapture messages;
-  {
-    FakeDesktop desk;  // no opener at all
-    EXPECT_EQ(RunTextFile(desk.Lib("a.txt")), 0);
-    EXPECT_EQ(RunPDFFile(desk.Lib("a.pdf")), 1);  // handed over, whatever happened
-    desk.AddBroken("xdg-open");  // a failed exec is reported back...
-    EXPECT_EQ(RunTextFile(desk.Lib("a.txt")), 0);
-    desk.AddRecorder("gio");  // ...and the next opener is tried
-    EXPECT_EQ(RunTextFile(desk.Lib("a.txt")), 1);
-    EXPECT_EQ(desk.Arguments("gio"), (Words{desk.Bin("gio"), "open", desk.Native("a.txt")}));
-  }
-  {
-    FakeDesktop desk;
-    desk.AddRecorder("x-www-browser");  // second attempt: a browser on the search path
-    EXPECT_EQ(RunHtmlFile(desk.Lib("r.html")), 1);
-    EXPECT_EQ(desk.Arguments("x-www-browser"), (Words{desk.Bin("x-www-browser"), desk.Native("r.html")}));
-    desk.AddRecorder("xdg-open");  // the first attempt wins when it can
-    EXPECT_EQ(RunHtmlFile(CString(chartcore::Utf8ToWide(kPage))), 1);
-    EXPECT_EQ(desk.Arguments("xdg-open"), (Words{desk.Bin("xdg-open"), kPage}));
-  }
-  EXPECT_TRUE(messages.shown().empty());
-  {
-    FakeDesktop desk;  // nothing on PATH and nothing registered
-    EXPECT_EQ(RunHtmlFile(L"x.html"), 0);
-    setenv("BROWSER", "no-such-browser;", 1);  // registered but missing; ';' trimmed
-    EXPECT_EQ(RunHtmlFile(L"x.html"), 0);
-    EXPECT_EQ(messages.texts(), (Texts{L"[ERROR]Find Internet Explorer", L"[ERROR]Execute Internet Explorer"}));
+TEST(ViewerLaunch, EachViewerTriesItsProgramsInOrderWithoutWaiting) {
+  const struct {
+    const char* fakes;
+    const char* browser;  // BROWSER, or unset
+    int (*run)(CString);
+    const char* target;
+    int result;
+    const char* started;  // the one program started, "%t" for the target as it arrives; "" for none
+    const wchar_t* message;
+  } cases[] = {
+      {"", nullptr, RunTextFile, "a.txt", 0, "", nullptr},
+      {"", nullptr, RunPDFFile, "a.pdf", 1, "", nullptr},  // handed over, whatever happened
+      {"!xdg-open", nullptr, RunTextFile, "a.txt", 0, "", nullptr},
+      {"!xdg-open gio kde-open", nullptr, RunTextFile, "my docs/a.txt", 1, "gio|open|%t", nullptr},  // with its verb
+      {"xdg-open gio", nullptr, RunPDFFile, "r.pdf", 1, "xdg-open|%t", nullptr},
+      // Browsers: the desktop's opener, then one on the search path, then the registered list.
+      {"xdg-open x-www-browser mybrowser", "mybrowser", RunHtmlFile, kPage, 1, "xdg-open|%t", nullptr},
+      {"x-www-browser firefox mybrowser", "mybrowser", RunHtmlFile, "r.html", 1, "x-www-browser|%t", nullptr},
+      {"mybrowser", "no-such-browser:mybrowser --new-tab %s --x=100%%;", RunHtmlFile, kPage, 1,
+       "mybrowser|--new-tab|%t|--x=100%", nullptr},  // the first entry that starts; "%%" is a percent sign
+      {"mybrowser", "mybrowser --new", RunHtmlFile, kPage, 1, "mybrowser|--new|%t", nullptr},  // no %s: appended
+      {"", nullptr, RunHtmlFile, "x.html", 0, "", L"[ERROR]Find Internet Explorer"},
+      {"", ":;", RunHtmlFile, "x.html", 0, "", L"[ERROR]Find Internet Explorer"},  // separators alone
+      {"", "no-such-browser;", RunHtmlFile, "x.html", 0, "", L"[ERROR]Execute Internet Explorer"},
+      // The spreadsheet program found on PATH, else the opener.
+      {"xdg-open", nullptr, RunExcelFile, "r.xls", 1, "xdg-open|%t", nullptr},
+      {"xdg-open soffice localc", nullptr, RunExcelFile, "out/result 1.xls", 1, "localc|%t", nullptr},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.fakes) + " / " + c.target);
+    MessageCapture messages;
+    FakeDesktop desk(c.fakes);
+    if (c.browser != nullptr) setenv("BROWSER", c.browser, 1);
+    const bool address = c.target == std::string(kPage);
+    EXPECT_EQ(c.run(address ? CString(chartcore::Utf8ToWide(kPage)) : desk.Lib(c.target)), c.result);
+    std::string started = c.started;
+    if (const size_t at = started.find("%t"); at != std::string::npos) {
+      started.replace(at, 2, address ? kPage : desk.Native(c.target));
+    }
+    EXPECT_EQ(desk.Calls(*c.started ? 1 : 0), *c.started ? Lines{started} : Lines{});
+    EXPECT_EQ(desk.Finished(), 0u);  // the call returned while the program still runs
+    EXPECT_EQ(messages.texts(), c.message ? std::vector<std::wstring>{c.message} : std::vector<std::wstring>{});
     for (const auto& shown : messages.shown()) {
       EXPECT_EQ(shown.caption, L"ERROR");
       EXPECT_EQ(shown.type & MB_ICONERROR, static_cast<UINT>(MB_ICONERROR));
     }
-    desk.AddRecorder("mybrowser");  // the first usable entry of the list, %s placed
-    setenv("BROWSER", "no-such-browser:mybrowser --new-tab %s --x=100%%;", 1);
-    EXPECT_EQ(RunHtmlFile(CString(chartcore::Utf8ToWide(kPage))), 1);
-    EXPECT_EQ(desk.Arguments("mybrowser"), (Words{desk.Bin("mybrowser"), "--new-tab", kPage, "--x=100%"}));
   }
-  EXPECT_EQ(messages.shown().size(), 2u);
-  EXPECT_TRUE(HasNoChildren());
 }
 
-TEST(ViewerLaunch, SpreadsheetFoundOnPathAndItsVersion) {
+TEST(ViewerLaunch, SpreadsheetProgramAndItsVersion) {
   MessageCapture messages;
-  wchar_t buffer[255];
-  {
-    FakeDesktop desk;
-    desk.AddRecorder("soffice", "LibreOffice 6.1.0.3 10(Build:3)");
-    desk.AddRecorder("localc", "LibreOffice 7.6.4.1 60(Build:1)");
-    EXPECT_EQ(GetAppPath(L"Excel.Application", buffer, 255), 1);  // localc comes first
-    EXPECT_EQ(std::wstring(buffer), chartcore::Utf8ToWide(desk.Bin("localc")));
-    EXPECT_EQ(GetAppVersion(L"Excel.Application", buffer, 255), 1);
-    EXPECT_EQ(std::wstring(buffer), L"7");  // the number before the first dot
-    EXPECT_EQ(GetExcelAppVersion(), 7);
-    EXPECT_EQ(GetAppPath(L"excel.application.16", buffer, 255), 1);  // versioned, any case
-    EXPECT_EQ(GetAppPath(L"Excel.Application", buffer, 254), 0);  // buffer too small
-    EXPECT_EQ(GetAppVersion(L"Excel.Application", buffer, 100), 0);
-    EXPECT_EQ(GetAppPath(L"Word.Application", buffer, 255), 0);
-    EXPECT_EQ(GetAppPath(L"Excel.ApplicationX", buffer, 255), 0);
-    EXPECT_EQ(RunExcelFile(desk.Lib("out/result 1.xls")), 1);
-    EXPECT_EQ(desk.Arguments("localc"), (Words{desk.Bin("localc"), desk.Native("out/result 1.xls")}));
+  FakeDesktop desk("");  // none installed: version 0
+  EXPECT_EQ(GetExcelAppVersion(), 0);
+  desk.Add("soffice", "soffice 24");  // no dotted number: the first number
+  EXPECT_EQ(GetExcelAppVersion(), 24);
+  desk.Add("localc", "LibreOffice 7.6.4.1 60(Build:1)");  // before soffice; the number before a dot
+  EXPECT_EQ(GetExcelAppVersion(), 7);
+
+  const std::wstring localc = chartcore::Utf8ToWide(desk.Native("bin/localc"));
+  const struct { const wchar_t* progId; int size; int found; } lookups[] = {
+      {L"Excel.Application", 255, 1}, {L"excel.application.16", 255, 1},  // versioned, any case
+      {L"Excel.Application", 254, 0},                                      // buffer too small
+      {L"Word.Application", 255, 0},  {L"Excel.ApplicationX", 255, 0},  {L"Excel.Application.", 255, 0}};
+  for (const auto& c : lookups) {
+    wchar_t buffer[255] = L"?";
+    EXPECT_EQ(GetAppPath(c.progId, buffer, c.size), c.found) << c.progId << " " << c.size;
+    if (c.found) {
+      EXPECT_EQ(std::wstring(buffer), localc);
+    }
   }
-  {
-    FakeDesktop desk;
-    desk.AddRecorder("soffice", "soffice 24");  // no dotted number: the first one
-    EXPECT_EQ(GetExcelAppVersion(), 24);
-  }
-  {
-    FakeDesktop desk;  // none installed: version 0, the file goes to the opener
-    desk.AddRecorder("xdg-open");
-    EXPECT_EQ(GetExcelAppVersion(), 0);
-    EXPECT_EQ(RunExcelFile(desk.Lib("r.xls")), 1);
-    EXPECT_EQ(desk.Arguments("xdg-open"), (Words{desk.Bin("xdg-open"), desk.Native("r.xls")}));
-  }
+  wchar_t version[255];
+  EXPECT_EQ(GetAppVersion(L"Excel.Application", version, 255), 1);
+  EXPECT_EQ(std::wstring(version), L"7");
+  EXPECT_EQ(GetAppVersion(L"Excel.Application", version, 100), 0);  // buffer too small
+  EXPECT_EQ(desk.Calls(0), Lines{});  // looked up, never started
   EXPECT_TRUE(messages.shown().empty());
-  EXPECT_TRUE(HasNoChildren());
 }
-#endif
-
-#if defined(_WIN32)
-namespace {
-
-// A spreadsheet server registered among the machine's classes (those of the
-// test's own Wine prefix), removed afterwards. Only looked up: nothing is
-// started.
-constexpr const wchar_t* kSheetClsid = L"{6F0C2D1A-8E3B-4C57-9A61-2B7E5D4C3F10}";
-
-class RegisteredSheet {
- public:
-  RegisteredSheet()
-      : registered(Set(L"Software\\Classes\\ChartcoreTest.Sheet\\CLSID", kSheetClsid) &&
-                   Set(L"Software\\Classes\\ChartcoreTest.Sheet\\CurVer", L"ChartcoreTest.Sheet.16") &&
-                   Set(ServerKey() + L"\\LocalServer32", L" \"C:\\Office 16\\SHEET.EXE\" /automation")) {}
-  ~RegisteredSheet() {
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"Software\\Classes\\ChartcoreTest.Sheet");
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, ServerKey().c_str());
-  }
-  RegisteredSheet(const RegisteredSheet&) = delete;
-  RegisteredSheet& operator=(const RegisteredSheet&) = delete;
-
-  const bool registered;  // false without the right to write the machine's classes
-
- private:
-  static std::wstring ServerKey() { return std::wstring(L"Software\\Classes\\CLSID\\") + kSheetClsid; }
-  static bool Set(const std::wstring& subKey, const std::wstring& value) {
-    return RegSetKeyValueW(HKEY_LOCAL_MACHINE, subKey.c_str(), nullptr, REG_SZ, value.c_str(),
-                           static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))) == ERROR_SUCCESS;
-  }
-};
-
-}  // namespace
-
+#else
 TEST(ViewerLaunch, SpreadsheetFoundInTheRegistryWithoutStartingIt) {
+  // A server registered among the machine's classes (those of the test's own
+  // Wine prefix) and removed afterwards; only looked up, nothing is started.
+  static const std::wstring kClass = L"Software\\Classes\\ChartcoreTest.Sheet";
+  static const std::wstring kClsid = L"{6F0C2D1A-8E3B-4C57-9A61-2B7E5D4C3F10}";
+  static const std::wstring kServer = L"Software\\Classes\\CLSID\\" + kClsid;
+  struct Unregister {
+    ~Unregister() {
+      RegDeleteTreeW(HKEY_LOCAL_MACHINE, kClass.c_str());
+      RegDeleteTreeW(HKEY_LOCAL_MACHINE, kServer.c_str());
+    }
+  } unregister;
+  const auto set = [](const std::wstring& key, const std::wstring& value) {
+    return RegSetKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), nullptr, REG_SZ, value.c_str(),
+                           static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))) == ERROR_SUCCESS;
+  };
+  if (!set(kClass + L"\\CLSID", kClsid) || !set(kClass + L"\\CurVer", L"ChartcoreTest.Sheet.16") ||
+      !set(kServer + L"\\LocalServer32", L" \"C:\\Office 16\\SHEET.EXE\" /automation")) {
+    GTEST_SKIP() << "the machine's classes are not writable";
+  }
   MessageCapture messages;
-  RegisteredSheet sheet;
-  if (!sheet.registered) GTEST_SKIP() << "the machine's classes are not writable";
   wchar_t buffer[255];
   EXPECT_EQ(GetAppPath(L"ChartcoreTest.Sheet", buffer, 255), 1);
   EXPECT_EQ(std::wstring(buffer), L"C:\\Office 16\\SHEET.EXE");  // quotes and switches dropped
