@@ -82,8 +82,8 @@ TEST(WorkspaceDirectories, MakeAndReMakeKeepTheirOrderOfCalls) {
   TempDir t;
   MessageCapture messages;
   Make(t, {"plain.txt", "w/a.txt", "w/sub/c.txt", "r/a.txt", "!r/locked.txt", "v/a.txt"});
-  // Again: 1; only the last level is made; anything that exists counts.
-  const struct { const char* relative; int made; } makes[] = {{"", 0}, {"L", 1}, {"L", 1}, {"a/b", 0}, {"plain.txt", 1}};
+  const struct { const char* relative; int made; } makes[] = {
+      {"", 0}, {"L", 1}, {"L", 1}, {"a/b", 0}, {"plain.txt", 1}};  // again; only the last level; anything there
   for (const auto& c : makes) {
     CString path = *c.relative ? t.lib(c.relative) : CString();
     EXPECT_EQ(MakeDirectory(path), c.made) << c.relative;
