@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cwchar>
 #include <random>
 #include <string>
 #include <utility>
@@ -24,30 +25,13 @@ std::wstring Field(double v, int width, int decimals, int group = 0) {
 }
 std::wstring Scaled(double v, double scale, int group = 0) { return W(GetYPacketStringOfFormat(v, scale, group)); }
 
-std::wstring Notation(double v, int denominator) {
-  wchar_t buf[chartcore::kNotationBufferSize];
-  GetNotationFmt(buf, v, denominator);
-  return buf;
-}
-
-std::wstring FloatFormat(double scale) {
-  wchar_t buf[chartcore::kFloatFormatBufferSize];
-  MakeFloatFormatData(buf, scale);
-  return buf;
-}
-
 // Rows of a text made and the text expected; a failure names its row.
 void ExpectTexts(std::initializer_list<std::pair<std::wstring, std::wstring>> rows) {
   int row = 0;
   for (const auto& [got, expected] : rows) EXPECT_EQ(got, expected) << "row " << row++;
 }
 
-struct FmtCase {
-  double value;
-  int code;
-  int group;
-  const wchar_t* text;
-};
+struct FmtCase { double value; int code, group; const wchar_t* text; };
 
 void ExpectCodes(std::initializer_list<FmtCase> cases) {
   for (const FmtCase& c : cases) EXPECT_EQ(Fmt(c.value, c.code, c.group), c.text) << c.value << " code " << c.code;
@@ -165,11 +149,14 @@ TEST(FormattingCodes, FloatFormatsOfScalesAndFields) {
       {1.0, L"%.f"}, {0.0, L"%.f"}, {std::nan(""), L"%.f"}, {10.0, L"%10.f"}, {1.5, L"%1.f"},
       {1e12, L"%1024.f"}, {-0.01, L"%.1f"}, {1e-300, L"%.100f"},  // capped field; one division; capped decimals
   };
-  for (const auto& c : scales) EXPECT_EQ(FloatFormat(c.scale), c.format) << c.scale;
+  wchar_t buf[chartcore::kFloatFormatBufferSize];
+  for (const auto& c : scales) {
+    MakeFloatFormatData(buf, c.scale);
+    EXPECT_STREQ(buf, c.format) << c.scale;
+  }
   const struct { int width, decimals; const wchar_t* format; } fields[] = {
       {10, 2, L"%10.2f"}, {0, 2, L"%.f"}, {10, 0, L"%.f"}, {1 << 30, 1 << 30, L"%1024.100f"}};
   for (const auto& c : fields) {
-    wchar_t buf[chartcore::kFloatFormatBufferSize];
     MakeFloatFormatData(buf, c.width, c.decimals);
     EXPECT_STREQ(buf, c.format);
   }
@@ -208,9 +195,13 @@ TEST(FormattingNotation, ThirtySecondsWithTheirFraction) {
       {134.5, 32, L"134`16"}, {134.5, 7, L"134`16"},                                  // any other: 32nds
       {kPacketEmptyValue, 64, L"N/A"}, {std::nan(""), 64, L"N/A"},
   };
-  for (const auto& c : cases) EXPECT_EQ(Notation(c.v, c.denominator), c.text) << c.v << "/" << c.denominator;
-  const std::wstring longest = Notation(-999999999999999999.0, 10);
-  EXPECT_LT(longest.size(), static_cast<size_t>(chartcore::kNotationBufferSize));
+  wchar_t buf[chartcore::kNotationBufferSize];
+  for (const auto& c : cases) {
+    GetNotationFmt(buf, c.v, c.denominator);
+    EXPECT_STREQ(buf, c.text) << c.v << "/" << c.denominator;
+  }
+  GetNotationFmt(buf, -999999999999999999.0, 10);  // the longest text fits
+  EXPECT_LT(std::wcslen(buf), static_cast<size_t>(chartcore::kNotationBufferSize));
 }
 
 TEST(FormattingParse, ReadsEveryFormOfTheFormatterBack) {
@@ -313,13 +304,12 @@ TEST(FormattingHelpers, TicksPointValuesAndNumericHelpers) {
       {14, 500000}, {16, 500000}, {44, 500000}, {124, 500000}, {15, 10}, {25, 10},
       {26, 500}, {34, 500}, {134, 500}, {1007, 10000}, {17, 1}};
   for (const auto& c : points) EXPECT_EQ(GetMarketPointValue(c.market), c.value) << c.market;
-  EXPECT_EQ(CompareFloat(1.0, 1.05, 0.05), -1);  // the bound is strict
-  EXPECT_EQ(CompareFloat(1.0, 1.04, 0.05), 0);
-  EXPECT_EQ(CompareFloat(2.0, 1.0, 0.5), 1);
-  EXPECT_EQ(GetDepressedValue(12345.0, 2), 123.45);
-  EXPECT_EQ(GetDepressedValue(1.5, -3), 1500.0);
-  EXPECT_EQ(GetDepressedValue(kPacketEmptyValue, 3), kPacketEmptyValue);
-  EXPECT_EQ(GetDepressedValue(1.0, INT32_MIN), HUGE_VAL);
+  const struct { double a, b, tolerance; int order; } compares[] = {
+      {1.0, 1.05, 0.05, -1}, {1.0, 1.04, 0.05, 0}, {2.0, 1.0, 0.5, 1}};  // the bound is strict
+  for (const auto& c : compares) EXPECT_EQ(CompareFloat(c.a, c.b, c.tolerance), c.order) << c.b;
+  const struct { double value; int power; double depressed; } powers[] = {
+      {12345.0, 2, 123.45}, {1.5, -3, 1500.0}, {kPacketEmptyValue, 3, kPacketEmptyValue}, {1.0, INT32_MIN, HUGE_VAL}};
+  for (const auto& c : powers) EXPECT_EQ(GetDepressedValue(c.value, c.power), c.depressed) << c.power;
 }
 
 TEST(FormattingHelpers, PaddingAndZeroHelpers) {
@@ -341,20 +331,16 @@ TEST(FormattingHelpers, PaddingAndZeroHelpers) {
   EXPECT_EQ(AddSpaceChar(pad, 2, 1), 8);
   EXPECT_EQ(AddSpaceChar(pad, 2000000000, 1), chartcore::kMaxFieldWidth);
 
+  // Decimals to add zeros up to, or -1 to drop the trailing zeros.
   const struct { const wchar_t* in; int n; const wchar_t* out; } zeros[] = {
       {L"12", 2, L"12.00"}, {L"1,234.5", 2, L"1,234.50"}, {L"1.2345", 2, L"1.2345"},  // never cuts
-      {L"  -7  ", 1, L"  -7.0  "}, {L"N/A", 2, L"N/A"}, {L"101`16", 2, L"101`16"}, {L"12", 0, L"12"}};
+      {L"  -7  ", 1, L"  -7.0  "}, {L"N/A", 2, L"N/A"}, {L"101`16", 2, L"101`16"}, {L"12", 0, L"12"},
+      {L"12.500", -1, L"12.5"}, {L"12.000", -1, L"12"}, {L"1200", -1, L"1200"}, {L"-0.00", -1, L"0"},
+      {L"-0.10", -1, L"-0.1"}, {L"-.000", -1, L"0"}, {L"  1,200.50 ", -1, L"  1,200.5 "}, {L"N/A", -1, L"N/A"},
+      {L"", -1, L""}};
   for (const auto& c : zeros) {
     CString text(c.in);
-    AddZeroChar(text, c.n);
-    EXPECT_EQ(W(text), c.out) << c.in;
-  }
-  const struct { const wchar_t* in; const wchar_t* out; } trims[] = {
-      {L"12.500", L"12.5"}, {L"12.000", L"12"}, {L"1200", L"1200"}, {L"-0.00", L"0"}, {L"-0.10", L"-0.1"},
-      {L"-.000", L"0"}, {L"  1,200.50 ", L"  1,200.5 "}, {L"N/A", L"N/A"}, {L"", L""}};
-  for (const auto& c : trims) {
-    CString text(c.in);
-    RemoveZeroChar(text);
+    EXPECT_EQ(c.n < 0 ? RemoveZeroChar(text) : AddZeroChar(text, c.n), static_cast<int>(std::wcslen(c.out)));
     EXPECT_EQ(W(text), c.out) << c.in;
   }
 }
