@@ -1,5 +1,6 @@
 #include "chartcore/foundation/log_launch.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -66,8 +67,6 @@ TEST(LogFile, TwoProcessesAppendWholeLines) {
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 // A folder of fake desktop programs, alone on PATH, with BROWSER unset ("!"
 // before a name makes a fake whose start fails). A fake that starts adds a
 // line "name|argument|..." to the folder's "calls", then waits for the gate
@@ -83,7 +82,7 @@ class FakeDesktop {
   }
   ~FakeDesktop() {
     m_dir.MakeFile("bin/gate", "");  // every fake that started finishes before its folder goes
-    WaitFor("done", Read("calls").size());
+    WaitFor("done", Count("calls"));
     setenv("PATH", m_path.c_str(), 1);
     unsetenv("BROWSER");
   }
@@ -91,31 +90,28 @@ class FakeDesktop {
   void Add(const std::string& name, const std::string& version = "") {
     Script(name, "#!/bin/sh\nPATH=/usr/bin:/bin\n"
                  "if [ \"$1\" = --version ]; then echo '" + version + "'; exit 0; fi\n"
-                 "line=${0##*/}; for word; do line=\"$line|$word\"; done; printf '%s\\n' \"$line\" >> \"${0%/*}/calls\"\n"
+                 "line=${0##*/}; for word; do line=\"$line|$word\"; done\n"
+                 "printf '%s\\n' \"$line\" >> \"${0%/*}/calls\"\n"
                  "i=0; while [ ! -e \"${0%/*}/gate\" ] && [ $i -lt 600 ]; do sleep 0.05; i=$((i+1)); done\n"
                  "echo >> \"${0%/*}/done\"\n");
   }
-  // The programs started, once `count` of them have written their line.
-  Lines Calls(size_t count) const {
+  // The lines the started programs wrote, once `count` of them have.
+  std::string Calls(size_t count) const {
     WaitFor("calls", count);
-    return Read("calls");
+    return m_dir.Read("bin/calls");
   }
-  size_t Finished() const { return Read("done").size(); }
+  size_t Finished() const { return Count("done"); }
   CString Lib(const std::string& relative) const { return m_dir.lib(relative); }
   std::string Native(const std::string& relative) const { return m_dir.native(relative).string(); }
 
  private:
-  Lines Read(const std::string& file) const {  // complete lines only
-    Lines lines;
+  size_t Count(const std::string& file) const {  // complete lines
     const std::string all = m_dir.Read("bin/" + file);
-    for (size_t start = 0, end; (end = all.find('\n', start)) != std::string::npos; start = end + 1) {
-      lines.push_back(all.substr(start, end - start));
-    }
-    return lines;
+    return static_cast<size_t>(std::count(all.begin(), all.end(), '\n'));
   }
   // The bound only keeps a broken run from hanging; nothing is measured.
   void WaitFor(const std::string& file, size_t count) const {
-    for (int i = 0; i < 2000 && Read(file).size() < count; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    for (int i = 0; i < 2000 && Count(file) < count; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   void Script(const std::string& name, const std::string& text) {
     m_dir.MakeFile("bin/" + name, text);
@@ -169,7 +165,7 @@ TEST(ViewerLaunch, EachViewerTriesItsProgramsInOrderWithoutWaiting) {
     if (const size_t at = started.find("%t"); at != std::string::npos) {
       started.replace(at, 2, address ? kPage : desk.Native(c.target));
     }
-    EXPECT_EQ(desk.Calls(*c.started ? 1 : 0), *c.started ? Lines{started} : Lines{});
+    EXPECT_EQ(desk.Calls(*c.started ? 1 : 0), *c.started ? started + "\n" : "");
     EXPECT_EQ(desk.Finished(), 0u);  // the call returned while the program still runs
     EXPECT_EQ(messages.texts(), c.message ? std::vector<std::wstring>{c.message} : std::vector<std::wstring>{});
     for (const auto& shown : messages.shown()) {
@@ -189,22 +185,24 @@ TEST(ViewerLaunch, SpreadsheetProgramAndItsVersion) {
   EXPECT_EQ(GetExcelAppVersion(), 7);
 
   const std::wstring localc = chartcore::Utf8ToWide(desk.Native("bin/localc"));
-  const struct { const wchar_t* progId; int size; int found; } lookups[] = {
-      {L"Excel.Application", 255, 1}, {L"excel.application.16", 255, 1},  // versioned, any case
-      {L"Excel.Application", 254, 0},                                      // buffer too small
-      {L"Word.Application", 255, 0},  {L"Excel.ApplicationX", 255, 0},  {L"Excel.Application.", 255, 0}};
+  const struct {
+    int (*get)(const wchar_t*, wchar_t*, int);
+    const wchar_t* progId;
+    int size;
+    const wchar_t* text;  // null: not found
+  } lookups[] = {
+      {GetAppPath, L"Excel.Application", 255, localc.c_str()},
+      {GetAppPath, L"excel.application.16", 255, localc.c_str()},  // versioned, any case
+      {GetAppPath, L"Excel.Application", 254, nullptr},            // buffer too small
+      {GetAppPath, L"Word.Application", 255, nullptr}, {GetAppPath, L"Excel.ApplicationX", 255, nullptr},
+      {GetAppPath, L"Excel.Application.", 255, nullptr}, {GetAppVersion, L"Excel.Application", 255, L"7"},
+      {GetAppVersion, L"Excel.Application", 100, nullptr}, {GetAppVersion, L"Word.Application", 255, nullptr}};
   for (const auto& c : lookups) {
-    wchar_t buffer[255] = L"?";
-    EXPECT_EQ(GetAppPath(c.progId, buffer, c.size), c.found) << c.progId << " " << c.size;
-    if (c.found) {
-      EXPECT_EQ(std::wstring(buffer), localc);
-    }
+    wchar_t buffer[255] = L"";
+    EXPECT_EQ(c.get(c.progId, buffer, c.size), c.text ? 1 : 0) << c.progId << " " << c.size;
+    EXPECT_EQ(std::wstring(buffer), c.text ? c.text : L"") << c.progId << " " << c.size;
   }
-  wchar_t version[255];
-  EXPECT_EQ(GetAppVersion(L"Excel.Application", version, 255), 1);
-  EXPECT_EQ(std::wstring(version), L"7");
-  EXPECT_EQ(GetAppVersion(L"Excel.Application", version, 100), 0);  // buffer too small
-  EXPECT_EQ(desk.Calls(0), Lines{});  // looked up, never started
+  EXPECT_EQ(desk.Calls(0), "");  // looked up, never started
   EXPECT_TRUE(messages.shown().empty());
 }
 #else
