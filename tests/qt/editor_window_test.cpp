@@ -8,6 +8,7 @@
 #include <QWheelEvent>
 
 #include <algorithm>
+#include <cstdio>
 
 #include "chartcore_qt/find_dialog.h"
 #include "chartcore_qt/script_editor_window.h"
@@ -273,6 +274,21 @@ TEST_F(EditorWindow, LoadEditSaveRoundTripWithModifiedSignals) {
   EXPECT_FALSE(widget->SaveFile(ws.Path("no/such/f.txt")));
   EXPECT_TRUE(widget->IsModified());
   EXPECT_FALSE(widget->SetWorkspace(ws.QRoot()));  // the workspace is loaded once
+}
+
+// The picture for the record: a formula in its colours, the tip over a call
+// and the completion list below it.
+TEST_F(EditorWindow, ScreenshotOfTheEditorAtWork) {
+  widget->SetFontPointSize(12);
+  QTest::keyClicks(client, "// golden cross of two averages");
+  Keys({Qt::Key_Return});
+  QTest::keyClicks(client, "fast = ma(close, 5);");
+  Keys({Qt::Key_Return});
+  QTest::keyClicks(client, "if crossup(fast, MyAvg(c");
+  ASSERT_TRUE(Edit().IsTipShown() && Edit().IsListShown());
+  const QString path = qt_test::SaveScreenshot(widget.get(), {TipWidget(), ListWidget()}, "editor_window.png");
+  ASSERT_FALSE(path.isEmpty());
+  std::printf("screenshot: %s\n", path.toUtf8().constData());
 }
 
 TEST(EditorMainWindow, TitleFollowsFileAndChanges) {

@@ -5,9 +5,11 @@
 
 #include <QApplication>
 #include <QImage>
+#include <QPainter>
 #include <QTest>
 #include <QWidget>
 
+#include <filesystem>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -102,6 +104,28 @@ inline int CountColor(const QImage& image, const QRect& area, QRgb color) {
 inline int CountOther(const QImage& image, const QRect& area, QRgb color) {
   const QRect r = area.intersected(image.rect());
   return r.width() * r.height() - CountColor(image, area, color);
+}
+
+// The editor with its shown popups drawn where they stand on the screen (each
+// popup is a window of its own, so a grab of the editor alone lacks them),
+// saved as `name` in the build folder's screenshots/; returns the path, empty
+// when the file could not be written.
+inline QString SaveScreenshot(QWidget* editor, std::initializer_list<QWidget*> popups, const char* name) {
+  const QPoint origin = editor->mapToGlobal(QPoint(0, 0));
+  QRect bounds(QPoint(0, 0), editor->size());
+  for (QWidget* popup : popups)
+    if (popup != nullptr && popup->isVisible()) bounds |= popup->geometry().translated(-origin);
+  QImage canvas(bounds.size(), QImage::Format_RGB32);
+  canvas.fill(Qt::lightGray);
+  QPainter painter(&canvas);
+  painter.drawImage(-bounds.topLeft(), editor->grab().toImage());
+  for (QWidget* popup : popups)
+    if (popup != nullptr && popup->isVisible())
+      painter.drawImage(popup->geometry().topLeft() - origin - bounds.topLeft(), popup->grab().toImage());
+  painter.end();
+  std::filesystem::create_directories(CHARTCORE_QT_SHOT_DIR);
+  const QString path = QString::fromUtf8(CHARTCORE_QT_SHOT_DIR) + QLatin1Char('/') + QString::fromUtf8(name);
+  return canvas.save(path) ? path : QString();
 }
 
 }  // namespace qt_test
