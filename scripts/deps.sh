@@ -16,8 +16,8 @@ for group in "$@"; do
     tool) want+=(libcli11-dev nlohmann-json3-dev) ;;
     qt) want+=(qt6-base-dev libgl-dev fonts-nanum) ;;
     windows) want+=(g++-mingw-w64-x86-64-posix wine wine64 locales) ;;
-    fuzz) want+=(clang libclang-rt-14-dev) ;;
-    valgrind) want+=(valgrind) ;;
+    fuzz) want+=(clang libclang-rt-dev) ;;
+    valgrind) want+=(valgrind python3) ;;
     *) echo "deps.sh: unknown group '$group'" >&2; exit 2 ;;
   esac
 done

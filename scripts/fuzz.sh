@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs the libFuzzer targets of a fuzz-enabled build, each for a given time.
 #   scripts/fuzz.sh BUILD_DIR [SECONDS] [TARGET...]
-# BUILD_DIR is a Clang build configured with -DCHARTCORE_BUILD_FUZZERS=ON
+# BUILD_DIR is a Clang build configured with -DCHARTCORE_BUILD_FUZZERS=ON and
+# -DCHARTCORE_SANITIZE=ON
 # (scripts/test.sh sanitize makes build-asan that way); SECONDS defaults to
 # 20 (the CI run); TARGET names pick some of them (archive, profile, records,
 # text_buffer, parse_line, wildcmp, price_format), default all built ones.
