@@ -28,6 +28,7 @@ struct Editor : ::testing::Test {
     const std::string list = "[System]\nCount=3\nName0=MyAvg\nName1=\nName2=Skipped\n[User]\nCount=3\n";
     dir.MakeFile("Logic/Function/New_Function.dat", list + "Name0=BasicOne\nName1=" + korean + "\nName2=CrossUp\n");
     SaveFunct("MyAvg.fct", L"MyAvg", L"MyAvg(Price, Period)", L"이동평균");
+    SaveFunct("\xEB\x82\x98\xEC\x9D\x98\xED\x95\xA8\xEC\x88\x98.fct", L"나의함수", L"나의함수(a)", L"");
     SaveFunct("BasicOne.bic", L"BasicOne", L"", L"basic comment");
     SaveFunct("BasicTwo.bic", L"BasicTwo()", L"", L"");
     SaveFunct("NoName.bic", L"", L"x", L"");
@@ -197,6 +198,9 @@ TEST_F(Editor, TypingOpensTheListAndAPickReplacesTheWord) {
       {nullptr, VK_ESCAPE, L"-", -1, 21},
   });
   EXPECT_EQ(Text(), CString(L"crossup crz sum 1c hi"));  // Enter went to the list, not into the text
+  // A Korean word typed so far is replaced as well, not left after the pick.
+  Journey({{L" 나의", 0, L"나의함수", -1, 24}, {nullptr, VK_RETURN, L"-", -1, 29}});
+  EXPECT_EQ(Text(), CString(L"crossup crz sum 1c hi 나의함수(a)"));
 }
 
 TEST_F(Editor, DoubleClickPickReplacesOnlyTheRestOfTheWord) {

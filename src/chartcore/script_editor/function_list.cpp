@@ -622,8 +622,10 @@ void CScriptEdit::InsertListPick() {
     const CString typed = GetPrevWord1(GetLineText(cursor.y), start);
     if (!typed.IsEmpty() && item.GetLength() >= typed.GetLength() &&
         item.Left(typed.GetLength()).CompareNoCase(typed) == 0) {
-      SetSelection(CPoint(start, cursor.y), CPoint(start, cursor.y));
+      // Selected from its start: the pick then takes the rest of an ASCII
+      // word as well, and the typed part of any other word.
       SetCursorPos(CPoint(start, cursor.y));
+      SetSelection(CPoint(start, cursor.y), cursor);
     }
   }
   NMHDR hdr;
