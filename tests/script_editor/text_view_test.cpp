@@ -320,6 +320,19 @@ TEST_F(EditTest, FindAndReplace) {
   EXPECT_EQ(edit.ReplaceAll(L"(", L"(\n", 0), 1);
   EXPECT_EQ(Text(), L"Sum sum summary|SUM(|x)");
   EXPECT_EQ(edit.ReplaceAll(L"nothing", L"x", 0), 0);
+  // Thousands of changed lines are still one undo step (the history keeps
+  // at most 2048 records and drops whole groups), and so is a block indent.
+  std::wstring many;
+  for (int i = 0; i < 3000; ++i) many += L"sum\n";
+  buf.SetText(many.c_str());
+  const CString original = Text();
+  EXPECT_EQ(edit.ReplaceAll(L"sum", L"avg", 0), 3000);
+  EXPECT_EQ(edit.ReplaceAll(L"avg", L"x\ty", 0), 3000);
+  edit.SetSelection(CPoint(0, 0), CPoint(0, 3000));
+  Chars(L"\t");
+  EXPECT_EQ(buf.GetLineText(2999), CString(L"\tx\ty"));
+  for (int i = 0; i < 3; ++i) ASSERT_TRUE(edit.Undo()) << i;
+  EXPECT_EQ(Text(), original);
 
   // ReplaceNext replaces a selected match, then selects the next one.
   buf.SetText(L"ab ab ab");

@@ -969,6 +969,17 @@ void CloseGroup(CCrystalTextBuffer* buf, CCrystalTextWnd* view, int positionBefo
   const bool changed = buf->GetUndoPosition() != positionBefore || buf->GetUndoRecordCount() != countBefore;
   buf->FlushUndoGroup(changed ? view : nullptr);
 }
+
+// Replaces the text between two positions by text as one delete and one
+// insert, so an edit over many lines adds two records to the history, not
+// two a line: past the history's limit the oldest group goes, and a group of
+// thousands of records would drop itself.
+void ReplaceSpan(CCrystalTextBuffer* buf, CCrystalTextWnd* view, CPoint from, CPoint to, const std::wstring& text,
+                 int action) {
+  buf->DeleteText(view, from.y, from.x, to.y, to.x, action);
+  int endLine = 0, endChar = 0;
+  if (!text.empty()) buf->InsertText(view, from.y, from.x, text.c_str(), endLine, endChar, action);
+}
 }  // namespace
 
 BOOL CCrystalEditWnd::InsertTyped(const CString& text, BOOL bMerge, int nAction) {
@@ -1071,24 +1082,28 @@ BOOL CCrystalEditWnd::InsertTab(BOOL bShift) {
   // selection ending at column 0 leaves that last line alone.
   const int first = m_ptSelStart.y;
   const int last = m_ptSelEnd.x == 0 ? m_ptSelEnd.y - 1 : m_ptSelEnd.y;
+  std::wstring lines;
+  bool edited = false;
+  for (int l = first; l <= last; ++l) {
+    LPCTSTR chars = GetLineChars(l);
+    const int length = GetLineLength(l);
+    int n = 0;
+    if (!bShift) {
+      lines += L'\t';
+      edited = true;
+    } else if (length > 0 && chars[0] == L'\t') {
+      n = 1;
+    } else {
+      while (n < GetTabSize() && n < length && chars[n] == L' ') ++n;
+    }
+    edited = edited || n > 0;
+    lines.append(chars + n, static_cast<size_t>(length - n));
+    if (l < last) lines += L'\n';
+  }
   CCrystalTextBuffer* buf = m_pTextBuffer;
   const int pos = buf->GetUndoPosition(), count = buf->GetUndoRecordCount();
   buf->BeginUndoGroup();
-  for (int l = first; l <= last; ++l) {
-    if (!bShift) {
-      int el = 0, ec = 0;
-      buf->InsertText(this, l, 0, L"\t", el, ec, CE_ACTION_INDENT);
-      continue;
-    }
-    LPCTSTR chars = GetLineChars(l);
-    int n = 0;
-    if (GetLineLength(l) > 0 && chars[0] == L'\t') {
-      n = 1;
-    } else {
-      while (n < GetTabSize() && n < GetLineLength(l) && chars[n] == L' ') ++n;
-    }
-    if (n > 0) buf->DeleteText(this, l, 0, l, n, CE_ACTION_INDENT);
-  }
+  if (edited) ReplaceSpan(buf, this, CPoint(0, first), CPoint(GetLineLength(last), last), lines, CE_ACTION_INDENT);
   const bool changed = buf->GetUndoPosition() != pos || buf->GetUndoRecordCount() != count;
   buf->FlushUndoGroup(nullptr);
   CPoint a(0, first), b = m_ptSelEnd.x == 0 ? CPoint(0, m_ptSelEnd.y) : CPoint(GetLineLength(last), last);
@@ -1137,32 +1152,31 @@ int CCrystalEditWnd::ReplaceAll(LPCTSTR pszText, LPCTSTR pszReplace, DWORD dwFla
   const std::wstring with = pszReplace != nullptr ? std::wstring(pszReplace) : std::wstring();
   const int wlen = static_cast<int>(what.size());
   m_ptLastTyping = CPoint(-1, -1);
+  // The matches of the text as it stands, joined into what the span from the
+  // first match to the end of the last becomes.
   CCrystalTextBuffer* buf = m_pTextBuffer;
-  const int pos = buf->GetUndoPosition(), count = buf->GetUndoRecordCount();
-  buf->BeginUndoGroup();
+  std::wstring result;
+  CPoint first(-1, -1), copied;
+  CString between;
   int replaced = 0;
   for (int line = 0; line < GetLineCount(); ++line) {
-    // One delete and one insert per changed line, whatever its matches.
     const int length = GetLineLength(line);
-    std::wstring source(GetLineChars(line), static_cast<size_t>(length));
-    std::wstring result;
-    int first = -1, lastEnd = -1, at = 0;
-    for (;;) {
-      int found = FindInLine(line, what, at, length, dwFlags & (FIND_MATCH_CASE | FIND_WHOLE_WORD), false);
+    for (int at = 0;;) {
+      const int found = FindInLine(line, what, at, length, dwFlags & (FIND_MATCH_CASE | FIND_WHOLE_WORD), false);
       if (found < 0) break;
-      if (first < 0) first = found;
-      else result.append(source, static_cast<size_t>(lastEnd), static_cast<size_t>(found - lastEnd));
+      if (first.y < 0) first = copied = CPoint(found, line);
+      buf->GetText(copied.y, copied.x, line, found, between, L"\n");
+      result.append(between.GetString(), static_cast<size_t>(between.GetLength()));
       result += with;
-      lastEnd = found + wlen;
-      at = lastEnd;
+      copied = CPoint(found + wlen, line);
+      at = found + wlen;
       ++replaced;
     }
-    if (first < 0) continue;
-    buf->DeleteText(this, line, first, line, lastEnd, CE_ACTION_REPLACE);
-    int endLine = line, endChar = first;
-    if (!result.empty()) buf->InsertText(this, line, first, result.c_str(), endLine, endChar, CE_ACTION_REPLACE);
-    line = endLine;  // a replacement holding line breaks added lines
   }
+  if (replaced == 0) return 0;
+  const int pos = buf->GetUndoPosition(), count = buf->GetUndoRecordCount();
+  buf->BeginUndoGroup();
+  ReplaceSpan(buf, this, first, copied, result, CE_ACTION_REPLACE);
   CloseGroup(buf, this, pos, count);
   return replaced;
 }
