@@ -200,9 +200,14 @@ TEST_F(EditTest, TypingEnterBackspaceDeleteAndUndoGroups) {
     EXPECT_EQ(Text(), s.text);
     EXPECT_EQ(edit.GetCursorPos(), s.caret);
   }
+  // Over a selection the indent is that of the line where the selection starts.
+  buf.SetText(L"ab\n        xy\n  cd");
+  edit.SetSelection(CPoint(4, 1), CPoint(1, 2));
+  Chars(L"\r");
+  EXPECT_EQ(Text(), L"ab|    |     cd");
   buf.SetReadOnly();  // takes no typing
   Chars(L"z");
-  EXPECT_EQ(Text(), L"  ");
+  EXPECT_EQ(Text(), L"ab|    |     cd");
 }
 
 TEST_F(EditTest, ParenIsTextButTheFlaggedDownKeyMoves) {

@@ -1037,10 +1037,10 @@ BOOL CCrystalEditWnd::DeleteSelection(int nAction) {
 BOOL CCrystalEditWnd::InsertNewLine() {
   CString text(L"\r\n");
   if (m_bAutoIndent) {
-    // The new line starts with the blanks that lead the current one (as far
-    // as the caret).
-    LPCTSTR chars = GetLineChars(m_ptCursorPos.y);
-    CPoint at = IsSelection() ? m_ptSelStart : m_ptCursorPos;
+    // The new line starts with the blanks that lead the line it is typed on
+    // (as far as the caret, or the start of the selection it replaces).
+    const CPoint at = IsSelection() ? m_ptSelStart : m_ptCursorPos;
+    LPCTSTR chars = GetLineChars(at.y);
     int n = 0;
     while (n < at.x && IsBlank(chars[n])) ++n;
     text.Append(chars, n);
