@@ -2,7 +2,7 @@
 
 #include "chartcore/foundation/paths.h"
 #include "chartcore/logic/funct.h"
-#include "chartcore/platform/archive.h"
+#include "chartcore/logic/record_file.h"
 #include "chartcore/platform/chartype.h"
 #include "chartcore/platform/exceptions.h"
 #include "chartcore/platform/file.h"
@@ -342,19 +342,22 @@ CString CScriptEdit::GetLookupPath(const CString& strName, LPCTSTR pszExtension)
 
 BOOL CScriptEdit::LoadFunctionRecord(const CString& strName, LPCTSTR pszExtension, CDBSubFUNCT& record) const {
   if (strName.IsEmpty()) return FALSE;
-  CFile file;
-  if (!file.Open(GetLookupPath(strName, pszExtension), CFile::modeRead | CFile::typeBinary)) return FALSE;
   try {
-    CArchive ar(&file, CArchive::load, 4096);
-    record.Serialize(ar);
-    ar.Close();
+    return chartcore::LoadRecordFile(GetLookupPath(strName, pszExtension), record);
   } catch (const CException&) {
     // A damaged definition gives no text rather than stopping the editor.
     return FALSE;
   }
-  file.Close();
-  return TRUE;
 }
+
+namespace {
+// A basic function's call form is its name field, with "()" when it has none.
+CString BasicCallForm(const CDBSubFUNCT& record) {
+  CString text = record.m_strText1;
+  if (!text.IsEmpty() && text.Find(L"()") < 0) text += L"()";
+  return text;
+}
+}  // namespace
 
 CString CScriptEdit::GetBasicComment(CString strName) {
   CDBSubFUNCT record;
@@ -363,10 +366,7 @@ CString CScriptEdit::GetBasicComment(CString strName) {
 
 CString CScriptEdit::GetBasicFormular(CString strName) {
   CDBSubFUNCT record;
-  if (!LoadFunctionRecord(strName, L".bic", record)) return CString();
-  CString text = record.m_strText1;
-  if (!text.IsEmpty() && text.Find(L"()") < 0) text += L"()";
-  return text;
+  return LoadFunctionRecord(strName, L".bic", record) ? BasicCallForm(record) : CString();
 }
 
 CString CScriptEdit::GetCoreComment(CString strName) {
@@ -475,32 +475,6 @@ int CountTopLevelCommas(const CString& line, int from, int end) {
   return commas;
 }
 
-// The parameters of a call form "Name(a, b)": the texts between its
-// parentheses, split at the top-level commas and trimmed.
-void SplitCallParams(const CString& formula, CStringArray& params) {
-  params.RemoveAll();
-  const int newline = formula.Find(L'\n');
-  const CString first = newline < 0 ? formula : formula.Left(newline);
-  const int open = first.Find(L'(');
-  if (open < 0) return;
-  int depth = 0;
-  int start = open + 1;
-  for (int i = open + 1; i < first.GetLength(); ++i) {
-    const wchar_t ch = first[i];
-    if (ch == L'(') {
-      ++depth;
-    } else if ((ch == L')' && depth == 0) || (ch == L',' && depth == 0)) {
-      CString param = first.Mid(start, i - start);
-      param.Trim();
-      if (!param.IsEmpty() || ch == L',') params.Add(param);
-      if (ch == L')') return;
-      start = i + 1;
-    } else if (ch == L')') {
-      --depth;
-    }
-  }
-}
-
 }  // namespace
 
 void CScriptEdit::HideList() {
@@ -521,7 +495,10 @@ void CScriptEdit::PlaceTip(CPoint ptClient) {
   // SetCursorPoint lays out the stored text, which is the function's name
   // once shown: lay the call form out again and keep the name.
   const int current = m_wndIntelliTip.GetCurParam();
-  m_wndIntelliTip.SetFunction(m_strTipText, m_arrTipParams);
+  // The layout puts the display lines in the tip's parameter array, whatever
+  // it was given.
+  CStringArray lines;
+  m_wndIntelliTip.SetFunction(m_strTipText, lines);
   m_wndIntelliTip.SetFunctionName(m_strTipName);
   m_wndIntelliTip.SetCurParam(current);
 }
@@ -565,20 +542,22 @@ void CScriptEdit::ShowTipForCall() {
   int start = cursor.x;
   const CString name = GetPrevWord2(GetLineText(cursor.y), start);
   if (name.IsEmpty()) return;
-  CString formula = GetCoreFormular(name);
-  CString comment;
-  if (!formula.IsEmpty()) {
-    comment = GetCoreComment(name);
-  } else {
-    formula = GetBasicFormular(name);
-    comment = GetBasicComment(name);
+  // A core definition with a formula first, else the basic one: each file
+  // read once for both texts.
+  CDBSubFUNCT record;
+  CString formula, comment;
+  if (LoadFunctionRecord(name, L".fct", record) && !record.m_strText3.IsEmpty()) {
+    formula = record.m_strText3;
+    comment = record.m_strText4;
+  } else if (LoadFunctionRecord(name, L".bic", record)) {
+    formula = BasicCallForm(record);
+    comment = record.m_strText4;
   }
   if (formula.IsEmpty() && comment.IsEmpty()) return;  // not a function with a definition
   if (formula.IsEmpty()) formula = name + L"()";
   m_strTipText = formula;
   if (!comment.IsEmpty()) m_strTipText += L"\n" + comment;
   m_strTipName = name;
-  SplitCallParams(formula, m_arrTipParams);
   m_bTipShown = TRUE;
   m_wndIntelliTip.SetCurParam(0);
   UpdateIntelliToolsPosition();

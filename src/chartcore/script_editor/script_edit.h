@@ -230,7 +230,6 @@ class CHARTCORE_API CScriptEdit : public CCrystalEditWnd {
   // What the tip shows, kept to lay it out again when it moves.
   CString m_strTipText;
   CString m_strTipName;
-  CStringArray m_arrTipParams;
 };
 
 #endif  // CHARTCORE_SCRIPT_EDITOR_SCRIPT_EDIT_H_
