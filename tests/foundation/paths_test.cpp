@@ -1,10 +1,12 @@
 #include "chartcore/foundation/paths.h"
 
+#include <cerrno>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "chartcore/platform/file.h"
 #include "chartcore/platform/filesystem.h"
 #include "temp_workspace.h"
 
@@ -91,6 +93,9 @@ TEST(WorkspaceDirectories, MakeAndReMakeKeepTheirOrderOfCalls) {
   EXPECT_TRUE(t.Has("L"));
   CString path;
   EXPECT_EQ(ReMakeDirectory(path), 0);  // empty
+  path = L"\\";  // an unset root: not the top of the drive
+  EXPECT_EQ(ReMakeDirectory(path), 0);
+  EXPECT_TRUE(path.IsEmpty());
   // Files go and a sub-directory or read-only file stays, so the folder
   // cannot be removed and still exists: success, no message.
   path = t.lib("w") + L"\\";
@@ -170,6 +175,18 @@ TEST(WorkspaceDirectories, RenameDirectoryMovesWholeTree) {
   EXPECT_TRUE(messages.shown().empty());
   EXPECT_EQ(RenameDirectory(t.lib("gone"), t.lib("any")), 0);
   EXPECT_EQ(messages.texts(), (Texts{t.lib("gone").str() + L" path is not existed"}));
+#if !defined(_WIN32)
+  // A refused move leaves everything where it was; only a move to another
+  // volume falls back to copying the tree and removing the source.
+  using chartcore::internal::FileOperation;
+  chartcore::internal::SetFileFaultInjector(FileOperation::kRename, 1, EACCES);
+  EXPECT_EQ(RenameDirectory(t.lib("new"), t.lib("moved")), 0);
+  EXPECT_EQ(t.Tree(""), (Names{"new/", "new/sub/", "new/sub/b.txt", "other/", "other/x.txt"}));
+  chartcore::internal::SetFileFaultInjector(FileOperation::kRename, 1, EXDEV);
+  EXPECT_EQ(RenameDirectory(t.lib("new"), t.lib("moved")), 1);
+  EXPECT_EQ(t.Tree(""), (Names{"moved/", "moved/sub/", "moved/sub/b.txt", "other/", "other/x.txt"}));
+  chartcore::internal::ResetFileFaultInjector();
+#endif
 }
 
 #if !defined(_WIN32)

@@ -216,6 +216,8 @@ int MakeDirectory(CString& path) {
 int ReMakeDirectory(CString& path) {
   if (path.IsEmpty()) return 0;
   if (path[path.GetLength() - 1] == kSep) path = path.Left(path.GetLength() - 1);
+  // "\" alone (a root that was never set) would name the top of the drive.
+  if (path.IsEmpty()) return 0;
 
   for (const Entry& entry : ListAll(path)) {
     if (!entry.isDirectory) DeleteFileW(entry.path);
@@ -290,6 +292,8 @@ int RenameDirectory(CString from, CString to) {
   }
   if (to.IsEmpty() || Exists(to) || IsSameOrInside(to, from)) return 0;
   if (MoveFileW(from, to)) return 1;
+  // Any other refusal (rights, a file in use) leaves the source as it is.
+  if (GetLastError() != ERROR_NOT_SAME_DEVICE) return 0;
 
   // Another volume: copy the whole tree, and only a complete copy lets the
   // source go. A partial copy is removed again so nothing is doubled.
