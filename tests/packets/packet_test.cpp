@@ -312,6 +312,8 @@ TEST(PacketCopy, CopiesTakeEveryFieldAndStayAppendable) {
   big.Add(2000);
   EXPECT_EQ(big.GetMaxPacketSize(), 2048);
   EXPECT_EQ(Values(big), many);
+  big.Copy(big.GetPacket() + 1, 2000);  // a source inside its own array
+  EXPECT_EQ(Values(big), V(many.begin() + 1, many.end()));
   big.Copy(nullptr, 3);
   EXPECT_EQ(big.GetPacketSize(), 0);
 }

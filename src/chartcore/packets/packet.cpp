@@ -453,12 +453,18 @@ int CPacket::Shift(int direction, int n) {
 }
 
 CPacket& CPacket::Copy(const double* values, int n) {
+  if (n < 1 || values == nullptr) {
+    ClearPacket();
+    return *this;
+  }
+  // values may point into this packet's own array: fill the new array before
+  // the clear releases the old one. The clear leaves the capacity at one block.
+  const int alloc = std::max(n, chartcore::kPacketBlockSize);
+  double* fresh = internal::AllocValues(alloc);
+  std::copy(values, values + n, fresh);
   ClearPacket();
-  if (n < 1 || values == nullptr) return *this;
-  const int alloc = std::max(n, m_nMaxPacketSize);
-  m_pData = internal::AllocValues(alloc);
+  m_pData = fresh;
   m_nAlloc = alloc;
-  std::copy(values, values + n, m_pData);
   m_nValidStartIndex = 0;
   m_nValidEndIndex = n - 1;
   m_nStartIndex = 0;
