@@ -332,6 +332,11 @@ TEST(PacketMemoryWhole, FillAccumCopiesAndInserts) {
   EXPECT_EQ(Column(host, PDT_DATE), V({10, 20}));
   EXPECT_EQ(host.CopyValues(PDT_EXTRA1, closes, 3), 0);  // not in the layout
   EXPECT_EQ(host.CopyValues(PDT_CLOSE, nullptr, 3), 0);
+  CPacketMemory own = Bars(3);  // values from its own columns, cut to 2 bars
+  EXPECT_EQ(own.CopyValues(PDT_CLOSE, own.GetPacket(PDT_CLOSE) + 1, 2), 1);
+  EXPECT_EQ(own.CopyValues(PDT_HIGH, own.GetPacket(PDT_OPEN), 1), 1);
+  EXPECT_EQ(Column(own, PDT_CLOSE), V({24}));
+  EXPECT_EQ(Column(own, PDT_HIGH), V({11}));
 
   CPacketMemory base = Bars(2);
   CPacketMemory more = Bars(0, PST_DATE_VALUE);

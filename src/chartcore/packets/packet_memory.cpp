@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <new>
 #include <utility>
 #include <vector>
@@ -1110,6 +1111,18 @@ int CPacketMemory::CopyPacket(const CPacketMemory* src, int from, int to) {
 
 int CPacketMemory::CopyValues(ENPacketDataType t, const double* values, int n) {
   if (values == nullptr || n < 1 || !IsLayoutColumn(m_nPacketStructType, t)) return 0;
+  // values may lie in one of this packet's columns, which the resize below
+  // can move, cut or fill: take them out first.
+  std::vector<double> staged;
+  const std::less<const double*> before;
+  for (int c = 0; c < kColumns; ++c) {
+    const double* d = m_apData[c];
+    if (d != nullptr && !before(values, d) && before(values, d + m_anAlloc[c])) {
+      staged.assign(values, values + n);
+      values = staged.data();
+      break;
+    }
+  }
   const int old_size = std::max(m_nPacketSize, 0);
   if (n != m_nPacketSize) {
     ReAllocPacket(n, 1);
