@@ -20,7 +20,7 @@ int Classify(const wchar_t* w, int mode = 2, const NoCaseWordIndex* basic = null
 TEST(ScriptWords, TablesHaveTheLanguagesCountsAndSpellings) {
   const std::pair<const wchar_t* const*, int> counts[] = {
       {kConstantWords, 14}, {kBuiltinFunctionWords, 88}, {kMathFunctionWords, 19}, {kPriceWords, 38},
-      // The indicator table holds 239 names (its usual description says 240).
+      // 239 indicator names, counted from the table itself.
       {kIndicatorWords, 239}, {kPriceWordsSkippedInModes01, 6}, {kIndicatorsSkippedInModes01, 37}};
   for (const auto& c : counts) EXPECT_EQ(CountWords(c.first), c.second) << c.first[0];
   // Exact look-up is case-sensitive; the two deliberate spellings stay.
