@@ -3,6 +3,7 @@
 // it shares with CPacket are held to CPacket's rules in packet_test.cpp.
 #include "chartcore/packets/packet_memory.h"
 
+#include <climits>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -180,6 +181,8 @@ TEST(PacketMemoryRecords, BarsMoveInEveryColumnAlike) {
       {"remove the first", 4, [](Mem& m) { return m.RemoveBasic(0, 1); }, 1, {2, 3, 4}, 3},
       {"remove the last: emptied, dropped", 3, [](Mem& m) { return m.RemoveBasic(2, 1); }, 0, {1, 2}, 2},
       {"remove right: nothing", 3, [](Mem& m) { return m.RemoveRightBasic(1, 1); }, 0, {1, 2, 3}, 2},
+      {"remove at the lowest index", 3, [](Mem& m) { return m.RemoveBasic(INT_MIN, 0, 1); }, 0, {1, 2, 3}, 2},
+      {"remove right the lowest n", 3, [](Mem& m) { return m.RemoveRightExtra(INT_MIN, 1); }, 0, {1, 2, 3}, 2},
       {"k = 2 bars from index 3", 6, [](Mem& m) { return m.RemoveExtra(1, 2, 1); }, 1, {1, 4, 5, 4}, 5},
       {"k = 2: the old last bar stays", 4, [](Mem& m) { return m.RemoveLeftBasic(1, 1); }, 1, {2, 3, 3}, 3},
       {"swap", 2, [](Mem& m) { return m.SwapBasic(0, 1); }, 1, {2, 1}, 1},

@@ -403,9 +403,8 @@ bool RemoveOneColumn(const SeriesRef& s, int i) {
 }
 
 bool RemoveRangeColumn(const SeriesRef& s, int i, int n) {
-  const int stored = Stored(s);
-  const int k = stored - i - n - 1;
-  if (i < 0 || n < 0 || k < 1) return false;
+  const std::int64_t k = RemoveRangeMoves(Stored(s), i, n);
+  if (k < 1) return false;
   std::memmove(s.data + i, s.data + i + n, static_cast<std::size_t>(k) * sizeof(double));
   return true;
 }

@@ -221,7 +221,16 @@ void InsertColumn(const SeriesRef& s, int i, double v);
 // in which case element i becomes empty.
 bool RemoveOneColumn(const SeriesRef& s, int i);
 
-// Moves k = size-i-n-1 elements from i+n to i when k >= 1.
+// The element count a range removal of n elements at i moves in a series of
+// `count` elements: k = count-i-n-1, computed without overflow; 0 when i or
+// n is negative. Nothing is removed unless it is at least 1.
+inline std::int64_t RemoveRangeMoves(int count, int i, int n) {
+  if (i < 0 || n < 0) return 0;
+  return static_cast<std::int64_t>(count) - i - n - 1;
+}
+
+// Moves k = RemoveRangeMoves(stored elements, i, n) elements from i+n to i
+// when k >= 1.
 bool RemoveRangeColumn(const SeriesRef& s, int i, int n);
 
 // Element i := old element (size-1-i) for i from start to end.

@@ -769,8 +769,7 @@ int CPacketMemory::RemoveRow(int i, int shrink, int ncols) {
 }
 
 int CPacketMemory::RemoveRows(int i, int n, int shrink, int ncols) {
-  const std::int64_t k = static_cast<std::int64_t>(m_nPacketSize) - i - n - 1;
-  if (i < 0 || n < 0 || k < 1) return 0;
+  if (internal::RemoveRangeMoves(m_nPacketSize, i, n) < 1) return 0;
   for (int c = 0; c < kColumns; ++c) {
     if (m_apData[c] != nullptr) internal::RemoveRangeColumn(Col(c), i, n);
   }
