@@ -41,7 +41,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
-      if (run.run_type != Run::RT_Iteration || run.iterations <= 0) continue;
+      if (run.run_type != Run::RT_Iteration || run.iterations <= 0 || run.error_occurred) continue;
       const std::string name = run.benchmark_name();
       m_wall[name] = run.GetAdjustedRealTime();
       m_cpu[name] = run.GetAdjustedCPUTime();
