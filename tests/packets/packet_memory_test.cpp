@@ -297,6 +297,10 @@ TEST(PacketMemoryWhole, FillAccumCopiesAndInserts) {
   EXPECT_EQ(Column(acc, PDT_CLOSE), V({0, 14, 38}));
   EXPECT_EQ(Column(acc, PDT_DATE), V({0, 1, 3}));
   EXPECT_EQ(acc.GetRealPacketSize(), 0);
+  CPacketMemory stale;  // empty, so the clear keeps its start index
+  stale.SetStartIndex(2);
+  EXPECT_EQ(stale.AccumPacket(&src), 1);
+  EXPECT_EQ(Column(stale, PDT_CLOSE), V({0, 14, 38}));
   EXPECT_EQ(Cached(acc, PDT_CLOSE, 1), Cached(src, PDT_CLOSE, 1));  // both caches taken
   CPacketMemory lacking = Bars(0, PST_OHLC);
   CPacketMemory value_only(2, 1);

@@ -1030,7 +1030,8 @@ int CPacketMemory::AccumPacket(const CPacketMemory* src) {
     if (from.data == nullptr) {
       internal::FillColumn(to.data, to.alloc, 0, src->m_nPacketSize, kEmpty);
     } else {
-      internal::AccumulateColumn(to, from, m_nStartIndex);
+      // From element 0: a clear of an empty packet keeps a stale start index.
+      internal::AccumulateColumn(to, from, 0);
     }
   }
   // Everything but the real size, the layout and the default column.
