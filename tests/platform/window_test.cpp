@@ -2,6 +2,7 @@
 // message routing, painting, focus, dialogs, clipboard and key state.
 #include "chartcore/platform/window.h"
 
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -158,6 +159,21 @@ TEST_F(WindowTest, GeometryAndMessageRoutingOfChildren) {
   child.MoveWindow(0, 0, 30, 40);
   child.SetWindowPos(nullptr, 5, 6, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
   EXPECT_EQ(child.Take(), "size30x40 ");
+  child.GetWindowRect(&wr);
+  EXPECT_EQ(wr, CRect(105, 56, 135, 96));
+
+  // The position follows the parent SetParent gives, and a parent that goes
+  // away leaves the child where it is relative to the screen.
+  auto other = std::make_unique<ProbeWnd>();
+  ASSERT_TRUE(other->Create(nullptr, L"o", WS_POPUP | WS_VISIBLE, CRect(1000, 2000, 1100, 2100), nullptr, 2));
+  EXPECT_EQ(child.SetParent(other.get()), &top);
+  child.GetWindowRect(&wr);
+  EXPECT_EQ(wr, CRect(1005, 2006, 1035, 2046));
+  other.reset();
+  EXPECT_EQ(child.GetParent(), nullptr);
+  child.GetWindowRect(&wr);
+  EXPECT_EQ(wr, CRect(5, 6, 35, 46));
+  EXPECT_EQ(child.SetParent(&top), nullptr);
   child.GetWindowRect(&wr);
   EXPECT_EQ(wr, CRect(105, 56, 135, 96));
 

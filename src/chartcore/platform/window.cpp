@@ -98,7 +98,6 @@ HeadlessWindowPort::HeadlessWindowPort(CWnd* owner) : m_pOwner(owner) {}
 HeadlessWindowPort::~HeadlessWindowPort() { GetHeadlessPortFactory().StopAllTimers(m_pOwner); }
 
 void HeadlessWindowPort::Create(const WindowCreateInfo& info) {
-  m_pParent = info.parent;
   m_dwStyle = info.style;
   m_rect = info.rect;
   m_rect.NormalizeRect();
@@ -132,9 +131,12 @@ CRect HeadlessWindowPort::GetClientRect() const { return CRect(0, 0, m_rect.Widt
 
 CPoint HeadlessWindowPort::ClientToScreen(CPoint pt) const {
   CPoint p(pt.x + m_rect.left, pt.y + m_rect.top);
-  // A child's rectangle is relative to its parent's client area.
-  if ((m_dwStyle & WS_CHILD) != 0 && m_pParent != nullptr && m_pParent->GetPort() != nullptr)
-    return m_pParent->GetPort()->ClientToScreen(p);
+  // A child's rectangle is relative to its parent's client area. The parent
+  // is asked of the owner each time: SetParent moves the window and a
+  // destroyed parent lets go of its children.
+  CWnd* parent = m_pOwner != nullptr ? m_pOwner->GetParent() : nullptr;
+  if ((m_dwStyle & WS_CHILD) != 0 && parent != nullptr && parent->GetPort() != nullptr)
+    return parent->GetPort()->ClientToScreen(p);
   return p;
 }
 

@@ -487,7 +487,6 @@ class CHARTCORE_API HeadlessWindowPort : public WindowPort {
 
  private:
   CWnd* m_pOwner;
-  CWnd* m_pParent = nullptr;
   DWORD m_dwStyle = 0;
   CRect m_rect;
   CString m_text;
