@@ -24,6 +24,7 @@ class ProbeWnd : public CWnd {
   BOOL consumeKeyDown = FALSE;
   UINT_PTR killOnFire = 0;
   bool drawOnPaint = false;
+  bool invalidateInPaint = false;  // once, after the paint began
 
   BOOL PreTranslateMessage(MSG* msg) override { return msg->message == WM_KEYDOWN && consumeKeyDown; }
   // The log so far, leaving it empty.
@@ -45,6 +46,7 @@ class ProbeWnd : public CWnd {
   void OnPaint() override {
     Note("paint");
     CPaintDC dc(this);
+    if (std::exchange(invalidateInPaint, false)) Invalidate();
     if (!drawOnPaint) return;
     dc.FillSolidRect(0, 0, 10, 10, RGB(1, 2, 3));
     dc.SetTextColor(RGB(255, 0, 0));
@@ -232,6 +234,15 @@ TEST_F(WindowTest, PaintingIsRecordedWithFixedMetrics) {
   EXPECT_FALSE(ops[1].opaque);
   EXPECT_EQ(ops[1].color, RGB(255, 0, 0));
   EXPECT_EQ(ops[2].kind, HeadlessDrawOp::kFrame);
+
+  // An invalidation made while painting stays for the next paint.
+  wnd.invalidateInPaint = true;
+  wnd.Invalidate();
+  wnd.UpdateWindow();
+  EXPECT_TRUE(port->IsInvalid());
+  wnd.UpdateWindow();
+  EXPECT_FALSE(port->IsInvalid());
+  EXPECT_EQ(wnd.Take(), "paint paint ");
 
   CClientDC dc(&wnd);
   EXPECT_EQ(dc.GetTextExtent(CString(L"테스트")), CSize(24, 16));

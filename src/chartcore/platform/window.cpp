@@ -162,9 +162,12 @@ void HeadlessWindowPort::Invalidate(const CRect* rect) {
 
 void HeadlessWindowPort::Update() {
   if (!m_bInvalid || !m_bCreated || m_bPainting) return;
+  const int paintsBefore = m_nPaints;
   m_pOwner->SendMessage(WM_PAINT);
-  // A window without a paint handler of its own is validated as Win32 does.
-  m_bInvalid = false;
+  // A handler that never began painting is validated as the default handling
+  // does. When BeginPaint ran it took the marked area, so anything marked now
+  // was invalidated during the paint and must stay for the next one.
+  if (m_nPaints == paintsBefore) m_bInvalid = false;
 }
 
 CRect HeadlessWindowPort::BeginPaint() {
