@@ -34,7 +34,6 @@ class ScratchFile {
 
   // The path in the library's wide form.
   const wchar_t* Path() const { return m_wide.c_str(); }
-  const char* NarrowPath() const { return m_narrow.c_str(); }
 
   // Write: the file holds exactly these bytes afterwards; aborts when the
   // scratch folder cannot be written (the run would test nothing).
@@ -57,7 +56,6 @@ class ScratchFile {
     return bytes;
   }
 
-  void Remove() const { std::remove(m_narrow.c_str()); }
 
  private:
   std::string m_narrow;

@@ -16,12 +16,13 @@
 #include <vector>
 
 #include "chartcore/foundation/formatting.h"
+#include "chartcore/packets/packet_types.h"
 
 namespace {
 
 [[noreturn]] void Fault() { std::abort(); }
 
-constexpr double kEmpty = 1.7976931348623157e308;
+constexpr double kEmpty = chartcore::kPacketEmptyValue;
 
 // Texts are compared as a reader sees them:
 // - Grouping is decided by the value, not by the text: 999.999 with two

@@ -31,6 +31,14 @@
 
 namespace {
 
+// A malformed corpus line would get the same refusal on both systems and
+// compare equal: it stops the run instead.
+[[noreturn]] void BadCase() {
+  std::fprintf(stderr, "platform_answers: malformed case line\n");
+  std::exit(2);
+}
+
+
 // ---------------------------------------------------------------------------
 // Text: the corpus is UTF-8; wchar_t is UTF-16 on Windows, UTF-32 on Linux.
 // ---------------------------------------------------------------------------
@@ -182,7 +190,7 @@ std::string AnswerProfile(const std::string& corpus, const CaseLine& c) {
     const INT def = static_cast<INT>(std::strtol(f[4].c_str(), nullptr, 10));
     return std::to_string(GetPrivateProfileIntW(section.get(), key.get(), def, path.c_str()));
   }
-  return "bad case";
+  BadCase();
 }
 
 // ---------------------------------------------------------------------------
@@ -211,13 +219,13 @@ std::string FormattedWith(const std::wstring& format, const std::vector<T>& a) {
     case 1: return Formatted(format, a[0]);
     case 2: return Formatted(format, a[0], a[1]);
     case 3: return Formatted(format, a[0], a[1], a[2]);
-    default: return "bad case";
+    default: BadCase();
   }
 }
 
 std::string AnswerFormat(const CaseLine& c) {
   const std::vector<std::string>& f = c.fields;
-  if (f.size() < 3) return "bad case";
+  if (f.size() < 3) BadCase();
   const std::wstring format = FromUtf8(Unescape(f[1]));
   const std::vector<std::string> raw(f.begin() + 2, f.end());
   std::vector<std::wstring> wide;
@@ -254,7 +262,7 @@ std::string AnswerFormat(const CaseLine& c) {
     for (const std::wstring& w : wide) v.push_back(w.empty() ? 0 : static_cast<int>(w[0]));
     return FormattedWith(format, v);
   }
-  return "bad case";
+  BadCase();
 }
 
 }  // namespace
