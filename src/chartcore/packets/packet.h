@@ -41,7 +41,6 @@ namespace chartcore {
 namespace internal {
 struct SeriesRef;
 struct ExtremeSlots;
-struct ScratchCache;
 }  // namespace internal
 }  // namespace chartcore
 

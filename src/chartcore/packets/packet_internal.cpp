@@ -536,7 +536,7 @@ void CalcColumn1(int code, const SeriesRef& left, const SeriesRef& right, double
   const bool l_scalar = ln == 1;
   const bool r_scalar = rn == 1;
   if (code >= OCT_PLUS && code <= OCT_MULTIPLY && Stored(left) == ln && Stored(right) == rn && ln > 0 &&
-      rn > 0 && i >= right.start) {
+      rn > 0) {
     const int hi = std::min(l_scalar ? n : ln, r_scalar ? n : rn);
     if (i < hi) {
       switch (code) {

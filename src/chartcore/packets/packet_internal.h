@@ -267,7 +267,9 @@ void FillColumn(double* data, int alloc, int from, int to, double v);
 
 // Computes the result column of L op R over [s_index, n) into out (an array of
 // at least n elements, the rest already empty): the CPacket::CalcOperator1
-// rules, including marking L's element i empty when R is too short.
+// rules, including marking L's element i empty when R is too short. s_index
+// is the later of the two start indexes, so every index read lies at or
+// after R's start.
 void CalcColumn1(int code, const SeriesRef& left, const SeriesRef& right, double* out, int s_index,
                  int n);
 

@@ -30,6 +30,12 @@
 #include "chartcore/packets/packet_types.h"
 #include "chartcore/platform/export.h"
 
+namespace chartcore {
+namespace internal {
+struct ScratchCache;
+}  // namespace internal
+}  // namespace chartcore
+
 // Bars of a chart item as parallel columns chosen by a record layout.
 class CHARTCORE_API CPacketMemory {
  public:
