@@ -4,11 +4,16 @@
 
 #include "chartcore/platform/process.h"
 
+#include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -56,6 +61,50 @@ TEST(Process, CapturedOutputIsBoundedAndSoIsTheWait) {
   EXPECT_FALSE(RunProgramAndCapture("/nonexistent/program", {}, out, 1000, 100));
   EXPECT_FALSE(StartDetachedProgram("/nonexistent/program", {}));
   EXPECT_FALSE(StartDetachedProgram("", {}));
+}
+
+TEST(Process, StartedProgramsKeepNothingOfTheHost) {
+  if (!std::filesystem::exists("/proc/self/status")) GTEST_SKIP() << "no /proc to look at a program's state";
+  const std::string sh = FindProgramOnPath("sh");
+  const std::string cat = FindProgramOnPath("cat");
+  ASSERT_FALSE(sh.empty() || cat.empty());
+  // The host blocks one signal and ignores another; neither reaches a
+  // program it starts.
+  sigset_t blocked, saved;
+  sigemptyset(&blocked);
+  sigaddset(&blocked, SIGUSR1);
+  ASSERT_EQ(pthread_sigmask(SIG_BLOCK, &blocked, &saved), 0);
+  struct sigaction ignore {}, savedAction {};
+  ignore.sa_handler = SIG_IGN;
+  ASSERT_EQ(sigaction(SIGUSR2, &ignore, &savedAction), 0);
+  std::string status;
+  const bool ran = RunProgramAndCapture(cat, {"/proc/self/status"}, status, 10000, 100000);
+  sigaction(SIGUSR2, &savedAction, nullptr);
+  pthread_sigmask(SIG_SETMASK, &saved, nullptr);
+  ASSERT_TRUE(ran);
+  // The masks are hexadecimal, signal n at bit n - 1; the C library treats
+  // its own signals from 32 up as it likes, so only signals 1 to 31 count.
+  std::istringstream lines(status);
+  int seen = 0;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.rfind("SigBlk:", 0) != 0 && line.rfind("SigIgn:", 0) != 0) continue;
+    ++seen;
+    EXPECT_EQ(std::stoull(line.substr(7), nullptr, 16) & 0x7FFFFFFFull, 0u) << line;
+  }
+  EXPECT_EQ(seen, 2);
+
+  // A detached shell tells where its descriptors 0, 1 and 2 lead through a
+  // FIFO the test reads to its end (the open waits for the writer). The
+  // links are read in a subshell: a shell may apply a command's redirection
+  // to itself while the command runs.
+  chartcore_test::TempFolder dir;
+  const std::string fifo = dir.Native("fds");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  ASSERT_TRUE(StartDetachedProgram(
+      sh, {"-c", "exec 3>\"$1\"; for n in 0 1 2; do echo \"$(readlink /proc/$$/fd/$n)\" >&3; done", "sh", fifo}));
+  std::ifstream in(fifo);
+  const std::string links((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  EXPECT_EQ(links, "/dev/null\n/dev/null\n/dev/null\n");
 }
 
 #endif  // !_WIN32

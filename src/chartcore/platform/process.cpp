@@ -45,19 +45,27 @@ class ArgumentVector {
 };
 
 // What the started program must not inherit from the host: blocked or
-// ignored signals, the host's terminal session, its input, and its open
-// descriptors. Runs in the forked child, so async-signal-safe calls only.
-void PrepareDetachedChild(const sigset_t& emptyMask) {
+// ignored signals, the host's terminal session, its standard input and
+// output, and its open descriptors. Runs in the forked child, so
+// async-signal-safe calls only. statusFd (the exec report pipe) is moved
+// above 2 first when the host had closed its standard descriptors, so
+// /dev/null does not replace it.
+void PrepareDetachedChild(const sigset_t& emptyMask, int& statusFd) {
   setsid();
   struct sigaction defaultAction;
   std::memset(&defaultAction, 0, sizeof defaultAction);
   defaultAction.sa_handler = SIG_DFL;
   for (int sig = 1; sig < NSIG; ++sig) sigaction(sig, &defaultAction, nullptr);
   sigprocmask(SIG_SETMASK, &emptyMask, nullptr);
-  const int devNull = open("/dev/null", O_RDONLY);
-  if (devNull > 0) {
-    dup2(devNull, 0);
-    close(devNull);
+  if (statusFd <= 2) {
+    const int moved = fcntl(statusFd, F_DUPFD_CLOEXEC, 3);
+    if (moved >= 0) statusFd = moved;
+  }
+  const int devNull = open("/dev/null", O_RDWR);
+  if (devNull >= 0) {
+    for (int fd = 0; fd <= 2; ++fd)
+      if (devNull != fd) dup2(devNull, fd);
+    if (devNull > 2) close(devNull);
   }
 #if defined(SYS_close_range)
   // Marks every other descriptor close-on-exec (kernels without it leave
@@ -136,10 +144,11 @@ bool StartDetachedProgram(const std::string& program, const std::vector<std::str
       _exit(1);
     }
     if (viewer > 0) _exit(0);
-    PrepareDetachedChild(emptyMask);
+    int statusFd = status[1];
+    PrepareDetachedChild(emptyMask, statusFd);
     execve(file.c_str(), argv.get(), environ);
     const int error = errno;
-    WriteAll(status[1], reinterpret_cast<const char*>(&error), sizeof error);
+    WriteAll(statusFd, reinterpret_cast<const char*>(&error), sizeof error);
     _exit(127);
   }
 
@@ -178,8 +187,21 @@ bool RunProgramAndCapture(const std::string& program, const std::vector<std::str
   posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
   posix_spawn_file_actions_adddup2(&actions, out[1], 1);
   posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+  // Nothing blocked and every signal at its default, as for a detached
+  // program: the host's own handling is not the program's.
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  sigset_t signals;
+  sigemptyset(&signals);
+  posix_spawnattr_setsigmask(&attributes, &signals);
+  sigfillset(&signals);
+  sigdelset(&signals, SIGKILL);
+  sigdelset(&signals, SIGSTOP);
+  posix_spawnattr_setsigdefault(&attributes, &signals);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
   pid_t pid = 0;
-  const int spawned = posix_spawn(&pid, program.c_str(), &actions, nullptr, argv.get(), environ);
+  const int spawned = posix_spawn(&pid, program.c_str(), &actions, &attributes, argv.get(), environ);
+  posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&actions);
   close(out[1]);
   if (spawned != 0) {

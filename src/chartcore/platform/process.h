@@ -25,13 +25,14 @@ CHARTCORE_API std::string FindProgramOnPath(const std::string& name);
 
 // Starts `program` (a path) with `arguments` and returns at once: true when
 // the program was executed. The program runs in a session of its own with
-// default signal handling, its input from /dev/null and none of the host's
-// descriptors, and never becomes a child the host has to reap.
+// default signal handling, its standard input, output and error on /dev/null
+// and none of the host's other descriptors, and never becomes a child the
+// host has to reap.
 CHARTCORE_API bool StartDetachedProgram(const std::string& program, const std::vector<std::string>& arguments);
 
 // Runs `program` with `arguments` to read what it prints on its standard
 // output, keeping at most `maxBytes` of it; its input and error output are
-// /dev/null. True when the program closed its output within `timeoutMs`;
+// /dev/null, and it starts with no signal blocked or ignored. True when the program closed its output within `timeoutMs`;
 // otherwise it is killed and the result is false.
 CHARTCORE_API bool RunProgramAndCapture(const std::string& program, const std::vector<std::string>& arguments,
                                         std::string& output, int timeoutMs, size_t maxBytes);
