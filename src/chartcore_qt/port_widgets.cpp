@@ -609,7 +609,6 @@ BOOL PortClient::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
 
 void PortClient::AfterInput() {
   if (m_pPort != nullptr) m_pPort->SyncScrollBars();
-  emit inputProcessed();
 }
 
 void PortClient::paintEvent(QPaintEvent* event) {

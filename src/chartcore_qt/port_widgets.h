@@ -178,10 +178,6 @@ class PortClient : public QWidget {
   // cannot deliver the same syllable again.
   void FinishComposition(bool askPlatform);
 
- signals:
-  // A key, mouse or input-method event reached the window and was handled.
-  void inputProcessed();
-
  protected:
   bool event(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;

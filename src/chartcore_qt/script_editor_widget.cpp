@@ -35,11 +35,12 @@ ScriptEditorWidget::ScriptEditorWidget(QWidget* parent) : QWidget(parent) {
   if (auto* client = qobject_cast<internal::PortClient*>(EditorClient())) {
     setFocusProxy(client);
     client->installEventFilter(this);
-    connect(client, &internal::PortClient::inputProcessed, this, &ScriptEditorWidget::CheckChanges);
   }
 }
 
 ScriptEditorWidget::~ScriptEditorWidget() {
+  // Slots of a host being torn down must not run from here.
+  m_edit.Detach();
   if (m_dialog) delete m_dialog.data();
   if (QWidget* client = EditorClient()) client->removeEventFilter(this);
   m_edit.DestroyWindow();
@@ -77,7 +78,7 @@ bool ScriptEditorWidget::SaveFile(const QString& path) {
 }
 
 QString ScriptEditorWidget::Text() const {
-  return ToQString(const_cast<CScriptEdit&>(m_edit).LocateTextBuffer()->GetAllText(L"\n"));
+  return ToQString(const_cast<NotifyingEdit&>(m_edit).LocateTextBuffer()->GetAllText(L"\n"));
 }
 
 void ScriptEditorWidget::SetText(const QString& text) {
@@ -86,7 +87,7 @@ void ScriptEditorWidget::SetText(const QString& text) {
 }
 
 bool ScriptEditorWidget::IsModified() const {
-  return const_cast<CScriptEdit&>(m_edit).LocateTextBuffer()->IsModified() != FALSE;
+  return const_cast<NotifyingEdit&>(m_edit).LocateTextBuffer()->IsModified() != FALSE;
 }
 
 void ScriptEditorWidget::SetFontPointSize(int points) {
@@ -94,24 +95,58 @@ void ScriptEditorWidget::SetFontPointSize(int points) {
   m_edit.SetViewFont(&lf);
 }
 
-void ScriptEditorWidget::CheckChanges() {
-  CCrystalTextBuffer* buffer = m_edit.LocateTextBuffer();
-  const bool modified = buffer->IsModified() != FALSE;
-  const int position = buffer->GetUndoPosition();
-  const int count = buffer->GetUndoRecordCount();
-  const bool edited = position != m_nUndoPosition || count != m_nUndoCount;
-  m_nUndoPosition = position;
-  m_nUndoCount = count;
-  if (edited) emit textEdited();
+void ScriptEditorWidget::NotifyingEdit::OnChangeEditClr(NMHDR* pNMHDR, LRESULT* pResult) {
+  CScriptEdit::OnChangeEditClr(pNMHDR, pResult);
+  if (m_pOwner != nullptr) m_pOwner->CheckChanges();
+}
+
+void ScriptEditorWidget::NotifyingEdit::OnCurPosChangeEditClr(NMHDR* pNMHDR, LRESULT* pResult) {
+  CScriptEdit::OnCurPosChangeEditClr(pNMHDR, pResult);
+  // Inside an edit the caret is only on its way: the change notification
+  // that closes the edit reports it. An undo moves it record by record with
+  // the text half restored, so only the caret is reported from here.
+  CCrystalTextBuffer* buffer = LocateTextBuffer();
+  if (m_pOwner != nullptr && (buffer == nullptr || buffer->IsInUndoGroup() == FALSE)) m_pOwner->CheckCaret();
+}
+
+void ScriptEditorWidget::CheckCaret() {
+  if (m_bChecking) {
+    m_bCheckAgain = true;
+    return;
+  }
   const CPoint caret = m_edit.GetCursorPos();
-  if (caret != m_ptCaret) {
-    m_ptCaret = caret;
-    emit cursorMoved(caret.y, caret.x);
+  if (caret == m_ptCaret) return;
+  m_ptCaret = caret;
+  emit cursorMoved(caret.y, caret.x);
+}
+
+void ScriptEditorWidget::CheckChanges() {
+  if (m_bChecking) {
+    m_bCheckAgain = true;
+    return;
   }
-  if (modified != m_bModified) {
-    m_bModified = modified;
-    emit modificationChanged(modified);
-  }
+  m_bChecking = true;
+  do {
+    m_bCheckAgain = false;
+    CCrystalTextBuffer* buffer = m_edit.LocateTextBuffer();
+    const int position = buffer->GetUndoPosition();
+    const int count = buffer->GetUndoRecordCount();
+    const bool edited = position != m_nUndoPosition || count != m_nUndoCount;
+    m_nUndoPosition = position;
+    m_nUndoCount = count;
+    if (edited) emit textEdited();
+    const CPoint caret = m_edit.GetCursorPos();
+    if (caret != m_ptCaret) {
+      m_ptCaret = caret;
+      emit cursorMoved(caret.y, caret.x);
+    }
+    const bool modified = buffer->IsModified() != FALSE;
+    if (modified != m_bModified) {
+      m_bModified = modified;
+      emit modificationChanged(modified);
+    }
+  } while (m_bCheckAgain);
+  m_bChecking = false;
 }
 
 // ---------------------------------------------------------------------------

@@ -36,7 +36,8 @@ class CHARTCORE_QT_API ScriptEditorWidget : public QWidget {
   explicit ScriptEditorWidget(QWidget* parent = nullptr);
   ~ScriptEditorWidget() override;
 
-  // The editor itself, for everything the core offers.
+  // The editor itself, for everything the core offers; edits and caret moves
+  // made through it are signalled like the user's.
   CScriptEdit& Editor() { return m_edit; }
   // The editor's client area (what paints and takes keys); nullptr when the
   // Qt backend could not be installed.
@@ -91,10 +92,30 @@ class CHARTCORE_QT_API ScriptEditorWidget : public QWidget {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
-  FindReplaceDialog* OpenDialog(bool replace);
-  void CheckChanges();
+  // The editor, telling the widget of every finished edit and caret move,
+  // whoever made it (keys, mouse, menu, dialogs, the host).
+  class NotifyingEdit : public CScriptEdit {
+   public:
+    explicit NotifyingEdit(ScriptEditorWidget* owner) : m_pOwner(owner) {}
+    // The widget going away hears nothing more.
+    void Detach() { m_pOwner = nullptr; }
+    void OnChangeEditClr(NMHDR* pNMHDR, LRESULT* pResult) override;
+    void OnCurPosChangeEditClr(NMHDR* pNMHDR, LRESULT* pResult) override;
 
-  CScriptEdit m_edit;
+   private:
+    ScriptEditorWidget* m_pOwner;
+  };
+
+  FindReplaceDialog* OpenDialog(bool replace);
+  // Emits the signals for what changed since the last call. A slot that
+  // edits again is answered after it returns, not from inside the emit.
+  void CheckChanges();
+  // The caret part of CheckChanges alone.
+  void CheckCaret();
+
+  NotifyingEdit m_edit{this};
+  bool m_bChecking = false;
+  bool m_bCheckAgain = false;
   QPointer<FindReplaceDialog> m_dialog;
   bool m_bWorkspaceSet = false;
   bool m_bModified = false;

@@ -1,5 +1,6 @@
 // The script editor as a real window: typing, colouring, mouse, clipboard,
 // list and tip popups, find dialog, scroll bars, files and the main window.
+#include <QAction>
 #include <QClipboard>
 #include <QLineEdit>
 #include <QScrollBar>
@@ -104,9 +105,11 @@ TEST_F(EditorWindow, CompletionListOpensBelowTheCaretAndDoubleClickInserts) {
   CIntelliList& items = Edit().GetIntelliList();
   ASSERT_EQ(ToQString(items.GetSelectedText()), QString("crossup"));
   const int row = items.GetCurSel() - items.GetTopIndex();
+  QSignalSpy edited(widget.get(), &chartcore::qt::ScriptEditorWidget::textEdited);
   QTest::mouseDClick(chartcore::qt::ClientWidget(&items), Qt::LeftButton, Qt::NoModifier,
                      QPoint(10, row * items.GetRowHeight() + items.GetRowHeight() / 2));
   EXPECT_EQ(widget->Text(), QString("x = crossup"));
+  EXPECT_EQ(edited.count(), 1);  // the pick is an edit, though no key reached the editor
   EXPECT_FALSE(list->isVisible());
 }
 
@@ -302,13 +305,41 @@ TEST(EditorMainWindow, TitleFollowsFileAndChanges) {
   window.Editor()->Editor().ReplaceSelText(L"v = MyAvg(c, 5);");
   window.Editor()->SetText(window.Editor()->Text());  // a fresh document: not modified
   EXPECT_FALSE(window.windowTitle().contains("*"));
+  // An edit the host makes through the editor is signalled like typing.
   window.Editor()->Editor().ReplaceSelText(L"// ");
-  QTest::keyClick(window.Editor()->EditorClient(), Qt::Key_Space);  // input reaches the window
   EXPECT_TRUE(window.windowTitle().startsWith("new.txt *"));
   ASSERT_TRUE(window.Save());
   EXPECT_FALSE(window.windowTitle().contains("*"));
   EXPECT_TRUE(window.MaybeSave());  // nothing unsaved: no question asked
-  EXPECT_EQ(ws.Read("new.txt").substr(3), std::string("//  v = MyAvg(c, 5);"));  // after the mark
+  EXPECT_EQ(ws.Read("new.txt").substr(3), std::string("// v = MyAvg(c, 5);"));  // after the mark
+  // Replace All from the dialog and Undo from the menu, no key involved:
+  // the title, the edit and the caret follow each.
+  QSignalSpy modified(window.Editor(), &chartcore::qt::ScriptEditorWidget::modificationChanged);
+  QSignalSpy edited(window.Editor(), &chartcore::qt::ScriptEditorWidget::textEdited);
+  QSignalSpy moved(window.Editor(), &chartcore::qt::ScriptEditorWidget::cursorMoved);
+  FindReplaceDialog* dialog = window.Editor()->ShowReplaceDialog();
+  dialog->SetFindText("c");
+  dialog->SetReplaceText("close");
+  dialog->SetFlags(CCrystalTextWnd::FIND_WHOLE_WORD);
+  EXPECT_EQ(dialog->ReplaceAll(), 1);
+  dialog->hide();
+  EXPECT_TRUE(window.windowTitle().startsWith("new.txt *"));
+  EXPECT_EQ(edited.count(), 1);
+  ASSERT_EQ(modified.count(), 1);
+  EXPECT_TRUE(modified.at(0).at(0).toBool());
+  ASSERT_FALSE(moved.isEmpty());
+  EXPECT_EQ(moved.last(), (QList<QVariant>{0, 18}));  // after "close"
+  QAction* undo = nullptr;
+  for (QAction* action : window.findChildren<QAction*>())
+    if (action->text() == "&Undo") undo = action;
+  ASSERT_NE(undo, nullptr);
+  undo->trigger();
+  EXPECT_EQ(window.Editor()->Text(), QString("// v = MyAvg(c, 5);"));
+  EXPECT_FALSE(window.windowTitle().contains("*"));  // back to the saved text
+  EXPECT_EQ(edited.count(), 2);
+  ASSERT_EQ(modified.count(), 2);
+  EXPECT_FALSE(modified.at(1).at(0).toBool());
+  EXPECT_EQ(moved.last(), (QList<QVariant>{0, 13}));  // where the replaced word began
   window.NewFile(QString());
   EXPECT_FALSE(window.Save());  // untitled and not shown: no file to save to
 }
