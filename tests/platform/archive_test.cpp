@@ -143,12 +143,32 @@ class CArchTestOther : public CObject {
   CArchTestNode* m_pChild = nullptr;
 };
 
+// Owns two objects read one after the other.
+class CArchTestPair : public CObject {
+  DECLARE_SERIAL(CArchTestPair)
+ public:
+  void Serialize(CArchive& ar) override {
+    if (ar.IsStoring()) {
+      ar << m_pFirst << m_pSecond;
+    } else {
+      ar >> m_pFirst >> m_pSecond;
+    }
+  }
+  ~CArchTestPair() override {
+    delete m_pFirst;
+    delete m_pSecond;
+  }
+  CObject* m_pFirst = nullptr;
+  CObject* m_pSecond = nullptr;
+};
+
 }  // namespace
 
 IMPLEMENT_DYNAMIC(CArchTestBufferedFile, CMemFile)
 IMPLEMENT_SERIAL(CArchTestNode, CObject, 1)
 IMPLEMENT_SERIAL(CArchTestDerived, CArchTestNode, VERSIONABLE_SCHEMA | 2)
 IMPLEMENT_SERIAL(CArchTestOther, CObject, 0)
+IMPLEMENT_SERIAL(CArchTestPair, CObject, 0)
 
 TEST(ArchiveScalars, WriteLittleEndianFixedWidths) {
   const Bytes bytes = Store([](CArchive& ar) {
@@ -402,6 +422,18 @@ TEST(ArchiveObjects, BadClassSchemaAndIndexCauses) {
     for (int i = 0; i < c.goodFirst; ++i) delete in.ar.ReadObject(nullptr);
     EXPECT_EQ(CauseOf([&] { in.ar.ReadObject(c.requested); }), c.cause);
   }
+
+  // A pair whose second object fails frees the first one with it, so a later
+  // reference to that first one (object 4: class 1, pair 2, class 3) is bad.
+  CArchTestPair pair;
+  pair.m_pFirst = new CArchTestNode(42);
+  Bytes failing = Store([&](CArchive& ar) { ar << &pair; });
+  ASSERT_EQ(Bytes(failing.end() - 2, failing.end()), (Bytes{0x00, 0x00}));  // the null second object
+  failing.resize(failing.size() - 2);
+  failing = Concat({failing, {0x09, 0x00}, {0x04, 0x00}});  // a reference ahead, then the freed one
+  Loader in(failing);
+  EXPECT_EQ(CauseOf([&] { in.ar.ReadObject(nullptr); }), CArchiveException::badIndex);
+  EXPECT_EQ(CauseOf([&] { in.ar.ReadObject(nullptr); }), CArchiveException::badIndex);
   // A class that is not serializable cannot be written.
   CMemFile notSerializable;
   EXPECT_EQ(CauseOf([&] { Store([&](CArchive& ar) { ar << &notSerializable; }); }), CArchiveException::badClass);

@@ -643,7 +643,9 @@ CObject* CArchive::ReadObject(const CRuntimeClass* pClassRefRequested) {
   try {
     pOb->Serialize(*this);
   } catch (...) {
-    maps.loaded[slot].pObject = nullptr;
+    // Forget the object and everything numbered while reading it: what it
+    // read is freed by its destructor, so no later reference may reach it.
+    maps.loaded.resize(slot);
     m_nObjectSchema = outerSchema;
     delete pOb;
     throw;
