@@ -109,16 +109,22 @@ void QtWindowPort::Create(const chartcore::WindowCreateInfo& info) {
   if ((info.style & WS_VSCROLL) != 0) {
     m_vbar = new QScrollBar(Qt::Vertical, m_frame);
     m_vbar->setFocusPolicy(Qt::NoFocus);
-    QObject::connect(m_vbar.data(), &QScrollBar::valueChanged, m_frame.data(), [this, alive = m_alive](int value) {
-      if (*alive) ScrollFromBar(Qt::Vertical, value);
-    });
+    // The bar is emitting: a window destroyed from its WM_VSCROLL must not
+    // delete the bar under it.
+    QObject::connect(m_vbar.data(), &QScrollBar::valueChanged, m_frame.data(),
+                     [this, alive = m_alive, factory = m_pFactory](int value) {
+                       EventScope scope(factory);
+                       if (*alive) ScrollFromBar(Qt::Vertical, value);
+                     });
   }
   if ((info.style & WS_HSCROLL) != 0) {
     m_hbar = new QScrollBar(Qt::Horizontal, m_frame);
     m_hbar->setFocusPolicy(Qt::NoFocus);
-    QObject::connect(m_hbar.data(), &QScrollBar::valueChanged, m_frame.data(), [this, alive = m_alive](int value) {
-      if (*alive) ScrollFromBar(Qt::Horizontal, value);
-    });
+    QObject::connect(m_hbar.data(), &QScrollBar::valueChanged, m_frame.data(),
+                     [this, alive = m_alive, factory = m_pFactory](int value) {
+                       EventScope scope(factory);
+                       if (*alive) ScrollFromBar(Qt::Horizontal, value);
+                     });
   }
   if (!info.text.IsEmpty()) m_frame->setWindowTitle(ToQString(info.text));
   CRect rect = info.rect;
@@ -390,7 +396,11 @@ void QtWindowPort::SetTimer(UINT_PTR id, UINT elapse) {
     timer->setTimerType(Qt::PreciseTimer);
     const std::shared_ptr<bool> alive = m_alive;
     CWnd* owner = m_pOwner;
-    QObject::connect(timer.data(), &QTimer::timeout, m_client.data(), [alive, owner, id] {
+    QtPortFactory* factory = m_pFactory;
+    // The timer is emitting: a window destroyed from its WM_TIMER must not
+    // delete the timer under it.
+    QObject::connect(timer.data(), &QTimer::timeout, m_client.data(), [alive, owner, factory, id] {
+      EventScope scope(factory);
       if (*alive) owner->SendMessage(WM_TIMER, static_cast<WPARAM>(id), 0);
     });
   }

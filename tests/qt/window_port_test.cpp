@@ -4,6 +4,7 @@
 #include <QGraphicsOpacityEffect>
 #include <QPainter>
 #include <QPalette>
+#include <QPointer>
 #include <QScreen>
 #include <QScrollBar>
 #include <QTimer>
@@ -29,7 +30,12 @@ class ProbeWnd : public CWnd {
  public:
   std::vector<UINT_PTR> timers;
   int destroyOnTimer = 0;  // destroy itself at this many ticks
+  bool destroyOnScroll = false;
   CSize lastSize;
+  // Watched across a destruction from a handler: whether it still stood
+  // when DestroyWindow returned inside the handler.
+  QPointer<QWidget> watched;
+  bool watchedSurvived = false;
 
  protected:
   void OnPaint() override {
@@ -45,7 +51,14 @@ class ProbeWnd : public CWnd {
   }
   void OnTimer(UINT_PTR id) override {
     timers.push_back(id);
-    if (destroyOnTimer > 0 && static_cast<int>(timers.size()) == destroyOnTimer) DestroyWindow();
+    if (destroyOnTimer > 0 && static_cast<int>(timers.size()) == destroyOnTimer) DestroyAndWatch();
+  }
+  void OnVScroll(UINT, UINT) override {
+    if (destroyOnScroll) DestroyAndWatch();
+  }
+  void DestroyAndWatch() {
+    DestroyWindow();
+    watchedSurvived = !watched.isNull();
   }
   void OnSize(UINT, int cx, int cy) override { lastSize = CSize(cx, cy); }
 };
@@ -117,7 +130,7 @@ TEST(QtWindowPort, PaintsThroughQPainterWithWindowsPixelRules) {
   EXPECT_EQ(Rgb(image, 90, 50), QApplication::palette().color(QPalette::Base).rgb() & 0xFFFFFF);  // the window colour
 }
 
-TEST(QtWindowPort, TimersRepeatUntilKilledAndAWindowMayDestroyItselfFromOne) {
+TEST(QtWindowPort, TimersRepeatUntilKilledAndAWindowMayDestroyItselfFromOneOrItsScrollBar) {
   ProbeWnd wnd;
   ASSERT_TRUE(wnd.Create(nullptr, L"", WS_VISIBLE, CRect(0, 0, 50, 50), nullptr, 1));
   EXPECT_EQ(wnd.SetTimer(7, 20), 7u);
@@ -127,16 +140,32 @@ TEST(QtWindowPort, TimersRepeatUntilKilledAndAWindowMayDestroyItselfFromOne) {
   EXPECT_FALSE(wnd.KillTimer(8));  // never set
   for (const QTimer* timer : ClientWidget(&wnd)->findChildren<QTimer*>()) EXPECT_FALSE(timer->isActive());
 
-  // Destroyed from inside its own timer: the widgets go once the handler
-  // has returned, and no later tick reaches the window.
+  // Destroyed from inside its own timer: the widgets (the emitting timer
+  // among them) go once the handler has returned, and no later tick reaches
+  // the window.
   wnd.timers.clear();
   wnd.destroyOnTimer = 1;
   QPointer<QWidget> frame = WindowWidget(&wnd);
+  wnd.watched = frame;
   wnd.SetTimer(9, 10);
   QTRY_VERIFY_WITH_TIMEOUT(!wnd.IsWindow(), 5000);
+  EXPECT_TRUE(wnd.watchedSurvived);
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_TRUE(frame.isNull());
   EXPECT_EQ(wnd.timers, std::vector<UINT_PTR>{9});
+
+  // The same from WM_VSCROLL, sent while the bar is emitting its new value.
+  ProbeWnd scrolled;
+  ASSERT_TRUE(scrolled.Create(nullptr, L"", WS_VISIBLE | WS_VSCROLL, CRect(0, 0, 80, 80), nullptr, 2));
+  QScrollBar* bar = WindowWidget(&scrolled)->findChild<QScrollBar*>();
+  ASSERT_NE(bar, nullptr);
+  scrolled.destroyOnScroll = true;
+  scrolled.watched = WindowWidget(&scrolled);
+  bar->setValue(bar->value() + 1);
+  EXPECT_FALSE(scrolled.IsWindow());
+  EXPECT_TRUE(scrolled.watchedSurvived);
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_TRUE(scrolled.watched.isNull());
 }
 
 TEST(QtWindowPort, DesktopAnswersComeFromQtAndClosingDestroys) {
