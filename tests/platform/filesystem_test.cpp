@@ -55,10 +55,10 @@ TEST(FileSystemCalls, CRuntimeFolderAndFileCalls) {
   EXPECT_EQ(Errno(_waccess(dir.Path(L"none"), 0)), ENOENT);
 
   dir.MakeFile("g.dat", "g");
-  EXPECT_EQ(_wrename(file, dir.Path(L"g.dat")), -1);  // never replaces
-#if !defined(_WIN32)
-  EXPECT_EQ(errno, EACCES);  // as documented; msvcrt itself reports EEXIST
-#endif
+  EXPECT_EQ(Errno(_wrename(file, dir.Path(L"g.dat"))), EEXIST);  // never replaces, on either system
+  EXPECT_EQ(dir.Read("g.dat"), "g");
+  EXPECT_EQ(Errno(_wmkdir(dir.Path(L"Other"))), 0);
+  EXPECT_EQ(Errno(_wrename(logic, dir.Path(L"Other"))), EEXIST);  // not even onto an empty folder
   EXPECT_EQ(Errno(_wrename(file, dir.Path(L"h.dat"))), 0);
   EXPECT_EQ(dir.Read("h.dat"), "abc");
   EXPECT_EQ(Errno(_wremove(logic)), EACCES);  // folders are not removed as files
@@ -67,6 +67,7 @@ TEST(FileSystemCalls, CRuntimeFolderAndFileCalls) {
   EXPECT_EQ(Errno(_wunlink(dir.Path(L"g.dat"))), ENOENT);
   EXPECT_EQ(Errno(_wrmdir(logic + L"\\Indica")), 0);
   EXPECT_EQ(Errno(_wrmdir(logic)), 0);
+  EXPECT_EQ(Errno(_wrmdir(dir.Path(L"Other"))), 0);
   EXPECT_EQ(dir.Tree(""), std::vector<std::string>{});
 }
 

@@ -133,7 +133,8 @@ int _wunlink(const wchar_t* path) {
 int _wrename(const wchar_t* oldname, const wchar_t* newname) {
   if (oldname == nullptr || newname == nullptr) return FailErrno(EINVAL);
   if (RenameNoReplace(NativePathBytes(oldname), NativePathBytes(newname)) == 0) return 0;
-  return FailErrno(errno == EEXIST || errno == ENOTEMPTY ? EACCES : errno);
+  // The Windows runtime reports an existing new name as EEXIST.
+  return FailErrno(errno == ENOTEMPTY ? EEXIST : errno);
 }
 
 // ---------------------------------------------------------------------------

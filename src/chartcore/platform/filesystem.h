@@ -87,7 +87,7 @@ CHARTCORE_API int _waccess(const wchar_t* path, int mode);
 // _wremove, _wunlink: delete a file (never a folder: EACCES, as on Windows).
 CHARTCORE_API int _wremove(const wchar_t* path);
 CHARTCORE_API int _wunlink(const wchar_t* path);
-// _wrename: renames a file or folder; fails with EACCES when the new name
+// _wrename: renames a file or folder; fails with EEXIST when the new name
 // already exists (Windows never replaces here).
 CHARTCORE_API int _wrename(const wchar_t* oldname, const wchar_t* newname);
 
