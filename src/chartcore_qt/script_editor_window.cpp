@@ -57,7 +57,7 @@ void ScriptEditorWindow::BuildMenus() {
   AddItem(file, tr("&Save"), QKeySequence::Save, this, [this] { Save(); });
   AddItem(file, tr("Save &As..."), QKeySequence::SaveAs, this, [this] {
     const QString path = QFileDialog::getSaveFileName(this, tr("Save formula"), m_path);
-    if (!path.isEmpty() && !SaveAs(path)) QMessageBox::warning(this, windowTitle(), tr("Cannot write %1").arg(path));
+    if (!path.isEmpty()) SaveAs(path);
   });
   file->addSeparator();
   AddItem(file, tr("&Quit"), QKeySequence::Quit, this, [this] { close(); });
@@ -109,7 +109,12 @@ bool ScriptEditorWindow::Save() {
 }
 
 bool ScriptEditorWindow::SaveAs(const QString& path) {
-  if (!m_editor->SaveFile(path)) return false;
+  if (!m_editor->SaveFile(path)) {
+    // Every save goes through here (Save, Save As, the question before
+    // closing), so none fails unseen; a hidden window asks nobody.
+    if (isVisible()) QMessageBox::warning(this, windowTitle(), tr("Cannot write %1").arg(path));
+    return false;
+  }
   m_path = path;
   UpdateTitle();
   return true;

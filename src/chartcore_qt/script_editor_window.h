@@ -47,7 +47,8 @@ class CHARTCORE_QT_API ScriptEditorWindow : public QMainWindow {
   // Saves to the current file (asks for a name when there is none yet, unless
   // the window is not shown); false when nothing was saved.
   bool Save();
-  // Saves to path, which becomes the current file; false on failure.
+  // Saves to path, which becomes the current file; false on failure, which a
+  // shown window also reports in a message box.
   bool SaveAs(const QString& path);
   // The current file ("" for a new text).
   QString CurrentFile() const { return m_path; }

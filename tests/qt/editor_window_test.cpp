@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QClipboard>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTimer>
@@ -342,6 +343,36 @@ TEST(EditorMainWindow, TitleFollowsFileAndChanges) {
   EXPECT_EQ(moved.last(), (QList<QVariant>{0, 13}));  // where the replaced word began
   window.NewFile(QString());
   EXPECT_FALSE(window.Save());  // untitled and not shown: no file to save to
+}
+
+TEST(EditorMainWindow, AFailedSaveIsReportedWhenShown) {
+  qt_test::Workspace ws;
+  chartcore::qt::ScriptEditorWindow window;
+  const QString path = ws.Path("no/such/f.txt");
+  window.NewFile(path);
+  window.Editor()->Editor().ReplaceSelText(L"a = 1;");
+  EXPECT_FALSE(window.Save());  // hidden: fails quietly, nothing to click away
+  // Shown, File > Save says why; the box is read and closed from a timer.
+  window.show();
+  QString reported;
+  QTimer closer;
+  QObject::connect(&closer, &QTimer::timeout, [&] {
+    if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+      reported = box->text();
+      box->reject();
+    }
+  });
+  closer.start(10);
+  QAction* save = nullptr;
+  for (QAction* action : window.findChildren<QAction*>())
+    if (action->text() == "&Save") save = action;
+  ASSERT_NE(save, nullptr);
+  save->trigger();
+  closer.stop();
+  EXPECT_EQ(reported, "Cannot write " + path);
+  EXPECT_TRUE(window.Editor()->IsModified());
+  EXPECT_TRUE(window.windowTitle().startsWith("f.txt *"));
+  window.hide();
 }
 
 }  // namespace
