@@ -368,10 +368,6 @@ TEST(PacketMemoryArithmetic, ColumnWiseRulesOfTheSingleSeries) {
   EXPECT_EQ(Column(sum, PDT_RATIO), V({2, 2}));
   EXPECT_EQ(Column(a * 2.0, PDT_HIGH), V({24, 44}));
   EXPECT_EQ(Column(a / 0.0, PDT_OPEN), V({E, E}));  // zero divisor: carry, nothing before bar 0
-  CPacketMemory full = Bars(2, PST_FULL);
-  const double extras[] = {5, 6};
-  full.CopyValues(PDT_EXTRA2, extras, 2);
-  EXPECT_EQ(Column(full - 1.0, PDT_EXTRA2), V({4, 5}));  // the number reaches every column
 
   CPacketMemory left = Bars(3);
   EXPECT_EQ(Column(left - Bars(2), PDT_DATE), V({0, 0, E}));

@@ -150,6 +150,19 @@ CPacketMemory& CPacketMemory::operator=(CPacketMemory&& other) noexcept {
   return *this;
 }
 
+CPacketMemory& CPacketMemory::operator=(const double& v) {
+  const double value = v;
+  ClearPacket();
+  if (m_nPacketStructType == PST_VALUE && ValidColumn(m_nDefaultDataType)) {
+    double* data = internal::AllocValues(1);
+    data[0] = value;
+    SetColumn(m_nDefaultDataType, data, 1);
+  }
+  m_nMaxPacketSize = 1;
+  m_nBlockCount = 1;
+  return *this;
+}
+
 // ---------------------------------------------------------------------------
 // Allocation and layout
 // ---------------------------------------------------------------------------
@@ -1166,19 +1179,18 @@ int CPacketMemory::AddPacket(const CPacketMemory* src) {
 // ---------------------------------------------------------------------------
 
 CPacketMemory CPacketMemory::MakeScalar(ENPacketStructType layout, double v) {
-  // Each layout column holds v as its one element; capacity and block count
-  // 1 as for a number, then the size makes the element readable.
+  // Each assignment of a number (size still 0, so nothing is cleared) puts a
+  // one-element array in the default column; walking the default column
+  // over the layout gives every column its element.
   CPacketMemory scalar;
   const unsigned mask = LayoutMask(layout);
   for (int c = 0; c < kColumns; ++c) {
     if (!(mask & (1u << c))) continue;
-    double* data = internal::AllocValues(1);
-    data[0] = v;
-    scalar.SetColumn(c, data, 1);
-    scalar.m_nMaxPacketSize = 1;
-    scalar.m_nBlockCount = 1;
+    scalar.m_nDefaultDataType = static_cast<ENPacketDataType>(c);
+    scalar = v;
   }
   scalar.m_nPacketStructType = layout;
+  scalar.m_nDefaultDataType = PDT_CLOSE;
   scalar.m_nPacketSize = 1;
   return scalar;
 }

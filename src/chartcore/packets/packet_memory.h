@@ -431,6 +431,9 @@ class CHARTCORE_API CPacketMemory {
   CPacketMemory& operator%=(const CPacketMemory& right);
 
  private:
+  // ClearPacket, then one-element default column holding v when the layout
+  // is PST_VALUE; capacity and block count 1, size 0.
+  CPacketMemory& operator=(const double& v);
   CPacketMemory CalcOperatorType1(ENOperatorType code, const CPacketMemory& right);
   CPacketMemory& CalcOperatorType2(ENOperatorType code, const CPacketMemory& right);
   // A one-bar packet of `layout` with v in every layout column.
