@@ -11,7 +11,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "chartcore/platform/system.h"
+#include "chartcore/foundation/colours_geometry.h"
 
 namespace chartcore {
 namespace qt {
@@ -210,7 +210,7 @@ LOGFONT MonospaceLogFont(int pointSize) {
   LOGFONT lf;
   std::memset(&lf, 0, sizeof(lf));
   if (pointSize < 1) pointSize = 10;
-  lf.lfHeight = -MulDiv(pointSize, chartcore::GetScreenPixelsPerInchY(), 72);
+  lf.lfHeight = GetFontHeightFromPoint(pointSize);
   lf.lfWeight = FW_NORMAL;
   lf.lfPitchAndFamily = kFixedPitch | kFamilyModern;
   const CString face = ToCString(MonospaceFamily());

@@ -73,12 +73,19 @@ TEST(QtConversions, LogicalFontsMapAsTheSystemMapperReadsThem) {
   EXPECT_EQ(FontFromLogFont(&bold).weight(), QFont::Bold);
   EXPECT_TRUE(FontFromLogFont(&bold).italic());
   EXPECT_EQ(FontFromLogFont(&bold).styleStrategy() & QFont::NoAntialias, QFont::NoAntialias);
-  // The editor font: its height from the screen's pixels per inch; below 1
-  // point counts as 10.
+  // The editor font: its height from the screen's pixels per inch, rounded
+  // to nearest; below 1 point counts as 10.
+  const auto previous = chartcore::SetScreenPixelsPerInchProvider([] { return 96; });
   const LOGFONT editor = MonospaceLogFont(10);
-  EXPECT_EQ(editor.lfHeight, -MulDiv(10, chartcore::GetScreenPixelsPerInchY(), 72));
+  EXPECT_EQ(editor.lfHeight, -13);  // 13.33
+  EXPECT_EQ(MonospaceLogFont(9).lfHeight, -12);
+  EXPECT_EQ(MonospaceLogFont(0).lfHeight, -13);
+  EXPECT_EQ(MonospaceLogFont(-4).lfHeight, -13);
   EXPECT_EQ(ToQString(editor.lfFaceName, static_cast<int>(std::wcslen(editor.lfFaceName))), MonospaceFamily());
-  EXPECT_EQ(MonospaceLogFont(0).lfHeight, editor.lfHeight);
+  chartcore::SetScreenPixelsPerInchProvider([] { return 120; });
+  EXPECT_EQ(MonospaceLogFont(10).lfHeight, -17);  // 16.67
+  EXPECT_EQ(MonospaceLogFont(9).lfHeight, -15);
+  chartcore::SetScreenPixelsPerInchProvider(previous);
 }
 
 constexpr Qt::KeyboardModifiers kNone = Qt::NoModifier, kShift = Qt::ShiftModifier, kCtrl = Qt::ControlModifier,
