@@ -585,7 +585,8 @@ bool PortClient::event(QEvent* event) {
   EventScope scope(m_pFactory);
   if (event->type() == QEvent::ShortcutOverride && m_pPort != nullptr && m_pPort->Edit() != nullptr) {
     // Keys the editor itself handles win over the host's shortcuts: typing,
-    // and the clipboard, undo and select-all keys.
+    // and the clipboard, undo and select-all keys. Function keys (F3 among
+    // them) stay the host's.
     auto* key = static_cast<QKeyEvent*>(event);
     const Qt::KeyboardModifiers mods = key->modifiers() & ~Qt::KeypadModifier;
     const int k = key->key();
@@ -595,7 +596,7 @@ bool PortClient::event(QEvent* event) {
                           k == Qt::Key_Y || k == Qt::Key_Insert || k == Qt::Key_Left || k == Qt::Key_Right ||
                           k == Qt::Key_Home || k == Qt::Key_End);
     const bool redo = mods == (Qt::ControlModifier | Qt::ShiftModifier) && k == Qt::Key_Z;
-    if ((plain && k != Qt::Key_F3 && !(k >= Qt::Key_F1 && k <= Qt::Key_F35)) || editing || redo) {
+    if ((plain && !(k >= Qt::Key_F1 && k <= Qt::Key_F35)) || editing || redo) {
       event->accept();
       return true;
     }

@@ -196,7 +196,8 @@ class PortClient : public QWidget {
 
  private:
   // Delivers a message as the message loop does (PreTranslateMessage first);
-  // returns whether it was consumed. *alive tells whether the port survived.
+  // returns whether it was consumed. The port may be gone afterwards: callers
+  // check its alive token before touching it again.
   BOOL Dispatch(UINT message, WPARAM wParam, LPARAM lParam);
   void SendMouse(UINT message, QMouseEvent* event);
   // The left or right button's message for a press, release or double click.

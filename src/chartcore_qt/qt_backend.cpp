@@ -22,6 +22,13 @@ namespace qt {
 
 using internal::QtWindowPort;
 
+namespace {
+#ifndef VK_RBUTTON
+// The right mouse button's virtual key, missing from the platform's list.
+constexpr UINT VK_RBUTTON = 0x02;
+#endif
+}  // namespace
+
 struct QtPortFactory::State {
   QElapsedTimer clock;
   Qt::KeyboardModifiers modifiers = Qt::NoModifier;
@@ -67,7 +74,7 @@ SHORT QtPortFactory::GetKeyState(int nVirtKey) {
     case VK_CONTROL: down = m_state->modifiers.testFlag(Qt::ControlModifier); break;
     case VK_MENU: down = m_state->modifiers.testFlag(Qt::AltModifier); break;
     case VK_LBUTTON: down = m_state->buttons.testFlag(Qt::LeftButton); break;
-    case 0x02: down = m_state->buttons.testFlag(Qt::RightButton); break;  // VK_RBUTTON
+    case VK_RBUTTON: down = m_state->buttons.testFlag(Qt::RightButton); break;
     default: {
       const auto& keys = m_state->keysDown;
       down = std::find(keys.begin(), keys.end(), static_cast<UINT>(nVirtKey)) != keys.end();

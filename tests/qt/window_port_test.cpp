@@ -185,6 +185,11 @@ TEST(QtWindowPort, DesktopAnswersComeFromQtAndClosingDestroys) {
   QTest::keyRelease(client, Qt::Key_Shift, Qt::NoModifier);
   EXPECT_GE(GetKeyState(VK_SHIFT), 0);
   EXPECT_GE(GetKeyState('Q'), 0);
+  // The right mouse button too, as virtual key 2.
+  QTest::mousePress(client, Qt::RightButton, Qt::NoModifier, QPoint(5, 5));
+  EXPECT_LT(GetKeyState(2), 0);
+  QTest::mouseRelease(client, Qt::RightButton, Qt::NoModifier, QPoint(5, 5));
+  EXPECT_GE(GetKeyState(2), 0);
   // Closing the top-level window (the user's close box: WM_CLOSE) destroys it.
   QPointer<QWidget> frame = WindowWidget(&wnd);
   frame->close();
