@@ -11,7 +11,12 @@ TEST(CharType, UnicodeClassesWhateverTheLocale) {
   EXPECT_TRUE(chartcore::IsAlphaW(L'\x00E9'));
   EXPECT_TRUE(chartcore::IsSpaceW(0x3000));     // ideographic space
   EXPECT_TRUE(chartcore::IsSpaceW(L'\t'));
-  EXPECT_FALSE(chartcore::IsSpaceW(0x00A0) && chartcore::IsAlnumW(0x00A0));
+  // The no-break spaces are white space, as Unicode and the Windows runtime
+  // have them, and no letters.
+  for (wchar_t nbsp : {L'\x00A0', L'\x2007', L'\x202F'}) {
+    EXPECT_TRUE(chartcore::IsSpaceW(nbsp)) << static_cast<int>(nbsp);
+    EXPECT_FALSE(chartcore::IsAlnumW(nbsp)) << static_cast<int>(nbsp);
+  }
   EXPECT_FALSE(chartcore::IsDigitW(0x0663));    // Arabic-Indic three: not 0-9
   EXPECT_TRUE(chartcore::IsDigitW(L'7'));
   EXPECT_FALSE(chartcore::IsXDigitW(0xFF21));   // fullwidth A is no hex digit

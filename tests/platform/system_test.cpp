@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstdlib>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,38 @@ struct tm LocalTime(int year, int month, int day, int hour) {
   t.tm_isdst = -1;
   return t;
 }
+
+// Sets the time zone for one test and puts back what the process had, so
+// later tests see the zone they were started with.
+class ScopedTimeZone {
+ public:
+  explicit ScopedTimeZone(const char* zone) {
+    const char* old = std::getenv("TZ");
+    m_had = old != nullptr;
+    if (m_had) m_old = old;
+    Set(zone);
+  }
+  ~ScopedTimeZone() { Set(m_had ? m_old.c_str() : nullptr); }
+  ScopedTimeZone(const ScopedTimeZone&) = delete;
+  ScopedTimeZone& operator=(const ScopedTimeZone&) = delete;
+
+ private:
+  static void Set(const char* zone) {
+#if defined(_WIN32)
+    _putenv((std::string("TZ=") + (zone != nullptr ? zone : "")).c_str());  // "TZ=" removes it
+    _tzset();
+#else
+    if (zone != nullptr) {
+      ::setenv("TZ", zone, 1);
+    } else {
+      ::unsetenv("TZ");
+    }
+    ::tzset();
+#endif
+  }
+  bool m_had = false;
+  std::string m_old;
+};
 
 }  // namespace
 
@@ -86,8 +119,7 @@ TEST(SystemScreenMetrics, ProviderOrNinetySix) {
 
 #if !defined(_WIN32)
 TEST(SystemLocalTime, SeoulBreakdownAndNormalisation) {
-  ::setenv("TZ", "Asia/Seoul", 1);
-  ::tzset();
+  const ScopedTimeZone zone("Asia/Seoul");
   const __time64_t epoch = 0;
   const struct tm* t = _localtime64(&epoch);
   ASSERT_NE(t, nullptr);
@@ -117,8 +149,7 @@ TEST(SystemLocalTime, SeoulBreakdownAndNormalisation) {
 // The Windows runtime reads the POSIX-style TZ=KST-9 (a fixed UTC+9) and
 // refuses local times before 1970 UTC, which the Linux runtime accepts.
 TEST(SystemLocalTime, KoreanZoneOfTheWindowsRuntime) {
-  _putenv("TZ=KST-9");
-  _tzset();
+  const ScopedTimeZone zone("KST-9");
   const __time64_t epoch = 0;
   const struct tm* t = _localtime64(&epoch);
   ASSERT_NE(t, nullptr);

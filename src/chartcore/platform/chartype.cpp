@@ -43,7 +43,14 @@ wchar_t MapCase(wchar_t ch, DWORD how) {
 bool IsAlnumW(wchar_t ch) { return !IsSurrogate(ch) && CC_CLASS(iswalnum, ch); }
 bool IsAlphaW(wchar_t ch) { return !IsSurrogate(ch) && CC_CLASS(iswalpha, ch); }
 bool IsDigitW(wchar_t ch) { return ch >= L'0' && ch <= L'9'; }
-bool IsSpaceW(wchar_t ch) { return !IsSurrogate(ch) && CC_CLASS(iswspace, ch); }
+bool IsSpaceW(wchar_t ch) {
+#if !defined(_WIN32)
+  // The C library leaves the no-break spaces out of its space class; Unicode
+  // and the Windows runtime count them, and trimming must agree on both.
+  if (ch == 0x00A0 || ch == 0x2007 || ch == 0x202F) return true;
+#endif
+  return !IsSurrogate(ch) && CC_CLASS(iswspace, ch);
+}
 bool IsUpperW(wchar_t ch) { return !IsSurrogate(ch) && CC_CLASS(iswupper, ch); }
 bool IsLowerW(wchar_t ch) { return !IsSurrogate(ch) && CC_CLASS(iswlower, ch); }
 bool IsXDigitW(wchar_t ch) {
