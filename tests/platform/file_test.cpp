@@ -137,6 +137,7 @@ TEST(CMemFileBehaviour, GrowsSeeksAndDetaches) {
   EXPECT_EQ(last, 999);
   EXPECT_EQ(mem.Read(&last, 4), 0u);
   EXPECT_EQ(FileCause([&] { mem.Seek(-1, CFile::begin); }), CFileException::badSeek);
+  EXPECT_EQ(FileCause([&] { mem.Seek(0, 7); }), CFileException::badSeek);  // no such origin
   mem.Seek(4010, CFile::begin);  // past the end: the gap reads as zeros
   mem.Write("z", 1);
   EXPECT_EQ(mem.GetLength(), 4011u);
@@ -217,6 +218,10 @@ TEST(CStdioFileText, LinesInUtf8WithBomLineEndsAndFailures) {
   EXPECT_STREQ(buf, L"fir");
   EXPECT_EQ(in.ReadString(buf, 4), buf);
   EXPECT_STREQ(buf, L"st\n");  // the "\n" is kept when it fits
+  // An unknown origin is refused, as by the other files, and moves nothing.
+  const ULONGLONG before = in.GetPosition();
+  EXPECT_EQ(FileCause([&] { in.Seek(1, 7); }), CFileException::badSeek);
+  EXPECT_EQ(in.GetPosition(), before);
   in.Close();
   CStdioFile binary(dir.Path(L"in.txt"), CFile::modeRead | CFile::typeBinary);
   ASSERT_TRUE(binary.ReadString(line));

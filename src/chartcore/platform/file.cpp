@@ -852,10 +852,13 @@ void CStdioFile::Write(const void* lpBuf, UINT nCount) {
 
 ULONGLONG CStdioFile::Seek(LONGLONG lOff, UINT nFrom) {
   CheckOpen();
-  m_pending.clear();
   int whence = SEEK_SET;
   if (nFrom == current) whence = SEEK_CUR;
   else if (nFrom == end) whence = SEEK_END;
+  // An unknown origin is refused like the other files do, not taken as the
+  // start, and leaves the position and any pending text alone.
+  else if (nFrom != begin) AfxThrowFileException(CFileException::badSeek, -1, m_strFileName.GetString());
+  m_pending.clear();
 #if defined(_WIN32)
   if (::_fseeki64(m_pStream, lOff, whence) != 0) ThrowStreamError(ERROR_NEGATIVE_SEEK);
 #else

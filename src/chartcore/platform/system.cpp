@@ -21,9 +21,9 @@
 namespace chartcore {
 namespace {
 
-// The two hooks are the only mutable globals of the framework layer; a host
-// may install them from any thread, so they are read and written under a lock
-// and called outside it (a handler may show another box).
+// The host hooks: a host may install them from any thread, so they are read
+// and written under a lock and called outside it (a handler may show another
+// box).
 struct Hooks {
   std::mutex mutex;
   MessageBoxHandler messageBox;
