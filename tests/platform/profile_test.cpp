@@ -229,6 +229,20 @@ TEST(ProfileFiles, SeesChangesMadeBehindItsBack) {
   EXPECT_EQ(GetPrivateProfileIntW(L"S", L"A", 0, f), 1u);
   dir.MakeFile("c.ini", "[S]\nA=2\n");
   EXPECT_EQ(GetPrivateProfileIntW(L"S", L"A", 0, f), 2u);
+  EXPECT_EQ(GetPrivateProfileIntW(L"S", L"A", 0, f), 2u);  // unchanged bytes: the parse is reused
+  dir.MakeFile("c.ini", "[S]\nA=1\n");  // back to bytes read before
+  EXPECT_EQ(GetPrivateProfileIntW(L"S", L"A", 0, f), 1u);
+  // A list written and read back at once, key by key.
+  for (int i = 0; i < 5; ++i) {
+    const CString key = CString(L"K") + static_cast<wchar_t>(L'0' + i);
+    ASSERT_TRUE(WritePrivateProfileStringW(L"L", key, key + L"v", f));
+    for (int j = 0; j <= i; ++j) {
+      const CString earlier = CString(L"K") + static_cast<wchar_t>(L'0' + j);
+      EXPECT_EQ(Get(L"L", earlier, f), std::wstring(earlier + L"v"));
+    }
+  }
+  dir.MakeFile("c.ini", "[S]\nA=2\n");
+  EXPECT_EQ(GetPrivateProfileIntW(L"S", L"A", 0, f), 2u);
   // An old file is remembered, and a change of its time is noticed.
   struct timespec times[2] = {{1000000000, 0}, {1000000000, 0}};
   ASSERT_EQ(::utimensat(AT_FDCWD, native.c_str(), times, 0), 0);

@@ -215,12 +215,16 @@ void Parse(const std::string& bytes, Profile& p) {
 
 // ---------------------------------------------------------------------------
 // Cache: the function list reads one file key by key, so the parsed form of
-// the last few files is kept while their size, time and inode stay the same.
+// the last few files is kept with the bytes it came from. A file whose size,
+// time and inode have stayed the same since a settled read is not read again;
+// any other is read, and parsed again only when its bytes differ.
 // ---------------------------------------------------------------------------
 
 struct CacheEntry {
   std::string path;
   FileStamp stamp;
+  bool trusted = false;  // the stamp alone tells the file is unchanged
+  std::string bytes;
   std::shared_ptr<const Profile> profile;
 };
 
@@ -253,27 +257,37 @@ std::shared_ptr<const Profile> LoadProfile(const wchar_t* file) {
   {
     std::lock_guard<std::mutex> lock(CacheMutex());
     for (const CacheEntry& e : Cache()) {
-      if (e.path == path && e.stamp == stamp) return e.profile;
+      if (e.path == path && e.trusted && e.stamp == stamp) return e.profile;
     }
   }
   std::string bytes;
   if (!ReadWholeFile(path, bytes)) return nullptr;
-  auto profile = std::make_shared<Profile>();
-  Parse(bytes, *profile);
-  FileStamp after;
-  // A file changed while being read is used once but not remembered. Nor is
-  // one modified in the last seconds: file times advance in coarse ticks, so
-  // a same-size rewrite within the tick would look unchanged.
-  const long long now = static_cast<long long>(std::time(nullptr));
-  if (StampOf(path, after) && after == stamp && static_cast<off_t>(bytes.size()) == stamp.size &&
-      now - stamp.mtimeSec >= kSettledSeconds) {
+  std::shared_ptr<const Profile> profile;
+  {
     std::lock_guard<std::mutex> lock(CacheMutex());
-    auto& cache = Cache();
-    cache.erase(std::remove_if(cache.begin(), cache.end(), [&](const CacheEntry& e) { return e.path == path; }),
-                cache.end());
-    if (cache.size() >= kCachedFiles) cache.erase(cache.begin());
-    cache.push_back(CacheEntry{path, stamp, profile});
+    for (const CacheEntry& e : Cache()) {
+      if (e.path == path && e.bytes == bytes) profile = e.profile;
+    }
   }
+  if (!profile) {
+    auto parsed = std::make_shared<Profile>();
+    Parse(bytes, *parsed);
+    profile = std::move(parsed);
+  }
+  // The parse always matches the bytes, so they are remembered; the stamp is
+  // trusted only when the file did not change while being read and was last
+  // modified seconds ago: file times advance in coarse ticks, so a same-size
+  // rewrite within the tick would look unchanged.
+  FileStamp after;
+  const long long now = static_cast<long long>(std::time(nullptr));
+  const bool trusted = StampOf(path, after) && after == stamp && static_cast<off_t>(bytes.size()) == stamp.size &&
+                       now - stamp.mtimeSec >= kSettledSeconds;
+  std::lock_guard<std::mutex> lock(CacheMutex());
+  auto& cache = Cache();
+  cache.erase(std::remove_if(cache.begin(), cache.end(), [&](const CacheEntry& e) { return e.path == path; }),
+              cache.end());
+  if (cache.size() >= kCachedFiles) cache.erase(cache.begin());
+  cache.push_back(CacheEntry{path, stamp, trusted, std::move(bytes), profile});
   return profile;
 }
 
