@@ -26,6 +26,7 @@
 #include "chartcore/platform/archive.h"
 #include "chartcore/platform/filesystem.h"
 #include "chartcore/platform/process.h"
+#include "chartcore/platform/command_line.h"
 
 // --- packets ---
 #include "chartcore/packets/packet_types.h"

@@ -18,7 +18,12 @@
 #include "tool_text.h"
 #include "workspace.h"
 
-#if !defined(_WIN32)
+#include "chartcore/platform/command_line.h"
+#include "chartcore/platform/text_codec.h"
+
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <sys/wait.h>
 #endif
 
@@ -334,5 +339,62 @@ TEST(ToolBinary, ExitCodesReachTheShell) {
   EXPECT_EQ(WEXITSTATUS(status), 2);
 }
 #endif
+
+// Runs the built tool with UTF-8 arguments the way the system passes them
+// (on Windows a wide command line) and returns its exit code.
+int RunBuiltTool(const std::vector<std::string>& args) {
+#if defined(_WIN32)
+  // The tool lies beside the test program.
+  std::wstring program(MAX_PATH, L'\0');
+  program.resize(GetModuleFileNameW(nullptr, &program[0], MAX_PATH));
+  program = program.substr(0, program.find_last_of(L"\\/") + 1) + L"chartcore.exe";
+  std::wstring line = L"\"" + program + L"\"";
+  for (const std::string& arg : args) line += L" \"" + chartcore::Utf8ToWide(arg) + L"\"";
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessW(nullptr, &line[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process)) return -1;
+  WaitForSingleObject(process.hProcess, INFINITE);
+  DWORD code = 0;
+  GetExitCodeProcess(process.hProcess, &code);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+  return static_cast<int>(code);
+#else
+  std::string line = "'" + std::string(CHARTCORE_TOOL_PATH) + "'";
+  for (const std::string& arg : args) line += " '" + arg + "'";
+  const int status = std::system((line + " >/dev/null 2>&1").c_str());
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+#endif
+}
+
+TEST(ToolBinary, KoreanPathsReachTheCommands) {
+  // Windows hands a program its argv in the system code page; the tool must
+  // still open a Korean path and write to one.
+  TempDir dir;
+  const std::string folder = dir.root().u8string() + "/한글 폴더";
+  tooltest::fs::create_directories(tooltest::fs::u8path(folder));
+  WriteBytes(dir / "doc.json", R"({"kind": "INDICA", "record": {"m_strText1": "종가"}})");
+  const std::string json = folder + "/지표.json";
+  tooltest::fs::copy_file(dir / "doc.json", tooltest::fs::u8path(json));
+  // In process (arguments already UTF-8) and through the system.
+  auto run = Cli({"pack", json, "-o", folder + "/a.ind"});
+  ASSERT_EQ(run.code, 0) << run.err;
+  EXPECT_EQ(RunBuiltTool({"pack", json, "-o", folder + "/b.ind"}), 0);
+  std::error_code ec;
+  EXPECT_EQ(tooltest::fs::file_size(tooltest::fs::u8path(folder + "/b.ind"), ec),
+            tooltest::fs::file_size(tooltest::fs::u8path(folder + "/a.ind"), ec));
+  EXPECT_FALSE(ec) << ec.message();
+
+  const char* const argv[] = {"chartcore", "한글.ind", nullptr};
+  const std::vector<std::string> args = chartcore::GetUtf8Arguments(2, argv);
+#if defined(_WIN32)
+  // This program's own command line, not the argv handed in.
+  ASSERT_FALSE(args.empty());
+  EXPECT_NE(args[0].find("chartcore_tool_tests"), std::string::npos) << args[0];
+#else
+  EXPECT_EQ(args, (std::vector<std::string>{"chartcore", "한글.ind"}));
+#endif
+}
 
 }  // namespace

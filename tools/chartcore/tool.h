@@ -52,7 +52,8 @@ struct ToolCommand {
 // The command table, in the order --help lists the commands.
 const std::vector<ToolCommand>& Commands();
 
-// RunTool: parses the command line (argv[0] is the program), runs the
+// RunTool: parses the command line (argv[0] is the program; every argument
+// UTF-8, as chartcore::GetUtf8Arguments gives them on every system), runs the
 // command and returns the exit code: 0 on success (also for --help and
 // --version), kExitFailed when the command failed, kExitUsage for a wrong
 // command line. No arguments at all print the help.
