@@ -174,7 +174,8 @@ TEST(ArchiveScalars, WriteLittleEndianFixedWidths) {
   const Bytes bytes = Store([](CArchive& ar) {
     ar << static_cast<BYTE>(0x01) << static_cast<WORD>(0x0203) << static_cast<int>(-2)
        << static_cast<DWORD>(0x04050607u) << static_cast<LONGLONG>(-3) << static_cast<ULONGLONG>(0x0102030405060708ull)
-       << true << L'\xAC00' << 1.5 << 2.0f << static_cast<short>(-1) << static_cast<LONG>(0x11223344);
+       << true << L'\xAC00' << 1.5 << 2.0f << static_cast<short>(-1) << static_cast<LONG>(0x11223344)
+       << static_cast<long>(-5) << static_cast<unsigned long>(0x8899AABBul);
   });
   const Bytes expected = {
       0x01, 0x03, 0x02, 0xFE, 0xFF, 0xFF, 0xFF, 0x07, 0x06, 0x05, 0x04,  // BYTE, WORD, int -2, DWORD
@@ -183,6 +184,7 @@ TEST(ArchiveScalars, WriteLittleEndianFixedWidths) {
       0x01, 0x00, 0xAC,                                                  // bool: one byte; wchar_t: a WORD
       0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xF8, 0x3F, 0x00, 0x00, 0x00, 0x40,  // 1.5 double, 2.0f float
       0xFF, 0xFF, 0x44, 0x33, 0x22, 0x11,  // short -1; LONG: 4 bytes on every platform
+      0xFB, 0xFF, 0xFF, 0xFF, 0xBB, 0xAA, 0x99, 0x88,  // long -5, unsigned long: 4 bytes too
   };
   EXPECT_EQ(bytes, expected);
 
@@ -195,10 +197,19 @@ TEST(ArchiveScalars, WriteLittleEndianFixedWidths) {
   };
   EXPECT_EQ(Store([&](CArchive& ar) {
               ar << get(BYTE()) << get(WORD()) << get(int()) << get(DWORD()) << get(LONGLONG()) << get(ULONGLONG())
-                 << get(bool()) << get(wchar_t()) << get(double()) << get(float()) << get(short()) << get(LONG());
+                 << get(bool()) << get(wchar_t()) << get(double()) << get(float()) << get(short()) << get(LONG())
+                 << get(long()) << get(static_cast<unsigned long>(0));
             }),
             bytes);
   EXPECT_THROW(get(BYTE()), CArchiveException);  // nothing left
+
+  // The 4-byte long is sign-extended on reading, the unsigned one is not.
+  Loader tail(Bytes(bytes.end() - 8, bytes.end()));
+  long l = 0;
+  unsigned long ul = 0;
+  tail.ar >> l >> ul;
+  EXPECT_EQ(l, -5L);
+  EXPECT_EQ(ul, 0x8899AABBul);
 }
 
 TEST(ArchiveScalars, CountEscapesAtWordAndDwordLimits) {

@@ -84,7 +84,7 @@ class CHARTCORE_API CArchive {
 
   // -------------------------------------------------------------------------
   // Scalars: raw little-endian bytes of the type's width (bool and char one
-  // byte, wchar_t a 16-bit WORD, int/LONG 4, LONGLONG and double 8). Reading
+  // byte, wchar_t a 16-bit WORD, int/LONG/long 4, LONGLONG and double 8). Reading
   // past the end throws endOfFile; the wrong direction throws readOnly or
   // writeOnly.
   // -------------------------------------------------------------------------
@@ -96,8 +96,10 @@ class CHARTCORE_API CArchive {
   CArchive& operator<<(unsigned short v) { Put(v); return *this; }
   CArchive& operator<<(int v) { Put(v); return *this; }
   CArchive& operator<<(unsigned int v) { Put(v); return *this; }
-  CArchive& operator<<(long v) { Put(v); return *this; }
-  CArchive& operator<<(unsigned long v) { Put(v); return *this; }
+  // long and unsigned long differ in width between systems; the archive
+  // keeps them at 4 bytes so a file reads the same everywhere.
+  CArchive& operator<<(long v) { Put(static_cast<LONG>(v)); return *this; }
+  CArchive& operator<<(unsigned long v) { Put(static_cast<DWORD>(v)); return *this; }
   CArchive& operator<<(long long v) { Put(v); return *this; }
   CArchive& operator<<(unsigned long long v) { Put(v); return *this; }
   CArchive& operator<<(float v) { Put(v); return *this; }
@@ -112,8 +114,8 @@ class CHARTCORE_API CArchive {
   CArchive& operator>>(unsigned short& v) { v = Get<unsigned short>(); return *this; }
   CArchive& operator>>(int& v) { v = Get<int>(); return *this; }
   CArchive& operator>>(unsigned int& v) { v = Get<unsigned int>(); return *this; }
-  CArchive& operator>>(long& v) { v = Get<long>(); return *this; }
-  CArchive& operator>>(unsigned long& v) { v = Get<unsigned long>(); return *this; }
+  CArchive& operator>>(long& v) { v = Get<LONG>(); return *this; }
+  CArchive& operator>>(unsigned long& v) { v = Get<DWORD>(); return *this; }
   CArchive& operator>>(long long& v) { v = Get<long long>(); return *this; }
   CArchive& operator>>(unsigned long long& v) { v = Get<unsigned long long>(); return *this; }
   CArchive& operator>>(float& v) { v = Get<float>(); return *this; }

@@ -39,8 +39,10 @@ typedef std::int32_t LONG;
 typedef std::uint32_t ULONG;
 typedef std::uint32_t UINT;
 typedef std::int32_t INT;
-typedef std::int64_t LONGLONG;
-typedef std::uint64_t ULONGLONG;
+// long long as on Windows, not std::int64_t (which is long on Linux): an
+// archive stores LONGLONG in 8 bytes and long in 4, so they must differ.
+typedef long long LONGLONG;
+typedef unsigned long long ULONGLONG;
 typedef std::uint32_t COLORREF;
 typedef std::int32_t HRESULT;
 typedef std::intptr_t INT_PTR;
