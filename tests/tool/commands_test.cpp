@@ -14,6 +14,7 @@
 #include "chartcore/platform/version.h"
 #include "chartcore/script_editor/script_edit.h"
 #include "sample_workspace.h"
+#include "terminal.h"
 #include "tool_test_util.h"
 #include "tool_text.h"
 #include "workspace.h"
@@ -228,6 +229,38 @@ TEST(ToolDemo, ToursAWorkspaceWithItsDefinitionsBarsAndFormula) {
   EXPECT_TRUE(Has(run.out, "StrongTrend.reg: corrupt REGION definition (archive cause endOfFile"));
   EXPECT_TRUE(Has(run.out, ":2: expected 6 fields (date, open, high, low, close, volume), found 3\n"));
   EXPECT_TRUE(Has(run.out, "Formula of PriceMomentum"));
+}
+
+TEST(ToolOutput, ControlCharactersFromFilesNeverReachTheTerminal) {
+  // C0 controls (tab aside), DEL and C1 controls show as U+FFFD wherever
+  // text from a file is printed; JSON escapes them and still reads back.
+  const std::string bad = "\xEF\xBF\xBD";
+  TempDir dir;
+  WriteBytes(dir / "f.txt", "a\x1b[31mb\x07\tc\xC2\x9B\x7F\n");
+  auto run = Cli({"highlight", dir / "f.txt", "--workspace", dir.path()});
+  EXPECT_EQ(run.out, "a" + bad + "[31mb" + bad + "\tc" + bad + bad + "\n");
+  run = Cli({"highlight", dir / "f.txt", "--ansi", "--workspace", dir.path()});
+  EXPECT_FALSE(Has(run.out, "\x1b[31m")) << run.out;
+
+  SampleDir ws;
+  WriteBytes(dir / "evil.json", R"({"kind": "INDICA", "record": {"m_strText1": "Evil\u001b]0;x\u0007\u009b2J\u007f"}})");
+  ASSERT_EQ(Cli({"pack", dir / "evil.json", "-o", ws / "Logic/Indica/Evil.ind"}).code, 0);
+  run = Cli({"demo", "--workspace", ws.path(), "--color", "never"});
+  EXPECT_TRUE(Has(run.out, "Evil" + bad + "]0;x" + bad + bad + "2J" + bad + ", "));
+  EXPECT_FALSE(Has(run.out, "\x1b") || Has(run.out, "\xC2\x9B") || Has(run.out, "\x07"));
+  run = Cli({"inspect", ws / "Logic/Indica/Evil.ind"});
+  EXPECT_TRUE(Has(run.out, R"("m_strText1": "Evil\u001b]0;x\u0007\u009b2J\u007f")"));
+  WriteBytes(dir / "back.json", run.out);
+  ASSERT_EQ(Cli({"pack", dir / "back.json", "-o", dir / "back.ind"}).code, 0);
+  EXPECT_TRUE(ReadBytes(dir / "back.ind") == ReadBytes(ws / "Logic/Indica/Evil.ind"));
+
+  // Error lines and the progress bar quote file names the same way.
+  EXPECT_TRUE(Refused(Cli({"table", dir / "x\x1b.csv"}), 1,
+                      "chartcore table: " + (dir / "x") + bad + ".csv: cannot open (file not found)\n"));
+  std::ostringstream progress;
+  chartcore::tool::ProgressBar bar(progress, true, 2, "inspect");
+  bar.Step("a\x1b\x9B.ind");
+  EXPECT_TRUE(Has(progress.str(), "] 1/2 a" + bad + bad + ".ind"));
 }
 
 TEST(ToolCli, VersionHelpAndUsageErrors) {

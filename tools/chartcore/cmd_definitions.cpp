@@ -69,7 +69,7 @@ void RunInspect(const InspectOptions& options, ToolContext& context) {
     documents.push_back(DefinitionToJson(file, LoadDefinition(file, forced)));
   }
   bar.Finish();
-  context.out << (single ? documents.front() : documents).dump(2) << "\n";
+  context.out << JsonText(single ? documents.front() : documents) << "\n";
 }
 
 void RunPack(const PackOptions& options, ToolContext& context) {

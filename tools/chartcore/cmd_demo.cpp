@@ -78,13 +78,13 @@ std::string Definitions(const std::string& root, std::vector<DefinitionFile>& fi
   files = ListDefinitions(root);
   std::map<const KindInfo*, std::vector<std::string>> names;
   for (const DefinitionFile& file : files) {
-    std::string name = file.title;
+    std::string name = Printable(file.title);
     try {
       LoadedRecord loaded = LoadDefinition(file.path, file.kind);
-      if (!loaded.record->m_strText1.IsEmpty()) name = Utf8(loaded.record->m_strText1);
+      if (!loaded.record->m_strText1.IsEmpty()) name = Printable(loaded.record->m_strText1);
     } catch (const ToolError& e) {
       name += " (unreadable)";
-      problems.push_back(e.what());
+      problems.push_back(Printable(std::string(e.what())));
     }
     names[file.kind].push_back(name);
   }
@@ -116,7 +116,7 @@ std::string FunctionList(const std::string& root) {
     if (call.IsEmpty()) call = edit.GetBasicFormular(name);
     if (comment.IsEmpty()) comment = edit.GetBasicComment(name);
     if (call.IsEmpty()) call = name;
-    rows.emplace_back(Utf8(call), Utf8(comment));
+    rows.emplace_back(Printable(call), Printable(comment));
     width = std::max(width, rows.back().first.size());
   }
   std::string out = "Function list (" + listFile + "), each with its call form and comment\n";
@@ -132,10 +132,10 @@ std::string Bars(const std::string& root, int code) {
   try {
     bars = LoadBarFile(path, kSessionClose);
   } catch (const ToolError& e) {
-    return std::string("Daily bars: ") + e.what() + "\n";  // the rest of the tour still runs
+    return "Daily bars: " + Printable(std::string(e.what())) + "\n";  // the rest of the tour still runs
   }
   const int size = bars.GetPacketSize();
-  const std::string relative = RelativePath(root, path);
+  const std::string relative = Printable(RelativePath(root, path));
   if (size == 0) return "Daily bars: " + relative + " holds no bars\n";
 
   CPacket close = ColumnPacket(bars, PDT_CLOSE);
@@ -165,8 +165,9 @@ std::string Formula(const std::string& root, const std::vector<DefinitionFile>& 
         CString blank = formula;
         if (blank.Trim().IsEmpty() || static_cast<size_t>(formula.GetLength()) <= bestLength) continue;
         bestLength = static_cast<size_t>(formula.GetLength());
-        const std::string name = loaded.record->m_strText1.IsEmpty() ? file.title : Utf8(loaded.record->m_strText1);
-        best = "Formula of " + name + " (" + file.relative + "), coloured by the script editor\n" +
+        const std::string name = Printable(loaded.record->m_strText1.IsEmpty() ? Wide(file.title)
+                                                                                : loaded.record->m_strText1);
+        best = "Formula of " + name + " (" + Printable(file.relative) + "), coloured by the script editor\n" +
                HighlightScript(formula, root, 2, style, "    ");
       } catch (const ToolError&) {
         continue;  // already listed as unreadable

@@ -66,7 +66,7 @@ std::string HighlightScript(const CString& text, const std::string& workspaceRoo
       const int from = blocks[b].m_nCharPos;
       const int to = b + 1 < blocks.size() ? blocks[b + 1].m_nCharPos : chars.GetLength();
       if (to <= from) continue;
-      const std::string piece = Utf8(chars.Mid(from, to - from));
+      const std::string piece = Printable(chars.Mid(from, to - from));
       const int index = blocks[b].m_nColorIndex;
       const COLORREF colour = edit.GetColor(index);
       if (style == ColourStyle::kHtml) {

@@ -487,6 +487,31 @@ std::string FramingName(Framing framing) { return framing == Framing::kObject ? 
 
 }  // namespace
 
+std::string JsonText(const Json& doc) {
+  const std::string raw = doc.dump(2);
+  std::string out;
+  out.reserve(raw.size());
+  for (size_t i = 0; i < raw.size(); ++i) {
+    const unsigned char c = static_cast<unsigned char>(raw[i]);
+    const unsigned char next = i + 1 < raw.size() ? static_cast<unsigned char>(raw[i + 1]) : 0;
+    unsigned control = 0x100;
+    if (c == 0x7F) {
+      control = c;
+    } else if (c == 0xC2 && next >= 0x80 && next <= 0x9F) {  // U+0080..U+009F in UTF-8
+      control = next;
+      ++i;
+    }
+    if (control == 0x100) {
+      out += raw[i];
+    } else {
+      char escape[8];
+      std::snprintf(escape, sizeof escape, "\\u%04x", control);
+      out += escape;
+    }
+  }
+  return out;
+}
+
 Json EncodeDouble(double value) {
   if (std::isfinite(value)) return value;
   if (std::isinf(value)) return value > 0 ? "Infinity" : "-Infinity";

@@ -47,6 +47,12 @@ Json DefinitionToJson(const std::string& path, const LoadedRecord& loaded);
 std::unique_ptr<CDBSubBase> DefinitionFromJson(const Json& doc, const KindInfo* forced, Framing& framing,
                                                const std::string& source);
 
+// JsonText: the document as inspect prints it (indented by 2), with DEL and
+// the C1 controls (U+0080 to U+009F) written as "\u007f" ... "\u009f": the
+// JSON library writes them raw, and a terminal would act on them. The text
+// reads back to the same characters.
+std::string JsonText(const Json& doc);
+
 // EncodeDouble / DecodeDouble: the double rule above. DecodeDouble returns
 // false for anything that is neither a number nor one of the strings.
 Json EncodeDouble(double value);

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "tool_text.h"
+
 #if defined(_WIN32)
 #include <io.h>
 #include <windows.h>
@@ -39,7 +41,7 @@ void ProgressBar::Step(const std::string& item) {
   if (!enabled_) return;
   ++done_;
   const std::size_t filled = done_ * kBarWidth / total_;
-  std::string shown = item;
+  std::string shown = Printable(item);
   if (shown.size() > kItemWidth) {
     std::size_t cut = shown.size() - (kItemWidth - 3);
     while (cut < shown.size() && (static_cast<unsigned char>(shown[cut]) & 0xC0) == 0x80) ++cut;  // whole characters

@@ -11,13 +11,14 @@ namespace chartcore {
 namespace tool {
 namespace {
 
-// One line of text: an error message never spans lines.
+// One line of text: an error message never spans lines, and the file names
+// and contents it quotes reach the terminal only as printable text.
 std::string OneLine(std::string text) {
   for (char& c : text) {
     if (c == '\n' || c == '\r') c = ' ';
   }
   while (!text.empty() && text.back() == ' ') text.pop_back();
-  return text;
+  return Printable(text);
 }
 
 }  // namespace

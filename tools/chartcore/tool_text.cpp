@@ -19,6 +19,17 @@ std::string Utf8(const CString& text) {
   return chartcore::WideToUtf8(text.GetString(), static_cast<size_t>(text.GetLength()));
 }
 
+std::string Printable(const CString& text) {
+  CString shown = text;
+  for (int i = 0; i < shown.GetLength(); ++i) {
+    const unsigned c = static_cast<unsigned>(shown.GetAt(i));
+    if ((c < 0x20 && c != '\t') || (c >= 0x7F && c <= 0x9F)) shown.SetAt(i, static_cast<wchar_t>(0xFFFD));
+  }
+  return Utf8(shown);
+}
+
+std::string Printable(const std::string& utf8) { return Printable(Wide(utf8)); }
+
 std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
 
 std::string FileErrorText(int cause) {

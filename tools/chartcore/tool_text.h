@@ -38,6 +38,12 @@ class ToolError : public std::runtime_error {
 CString Wide(const std::string& utf8);
 // Utf8: a CString as UTF-8 (a lone surrogate becomes U+FFFD).
 std::string Utf8(const CString& text);
+// Printable: text from a file as it may reach a terminal: the C0 controls
+// other than tab, DEL and the C1 controls (U+0080 to U+009F) become U+FFFD,
+// so a name or formula cannot move the cursor, recolour or retitle the
+// terminal. The UTF-8 form decodes first (undecodable bytes become U+FFFD).
+std::string Printable(const CString& text);
+std::string Printable(const std::string& utf8);
 // Quoted: text in double quotes, for error messages ("x.ind" -> "\"x.ind\"").
 std::string Quoted(const std::string& text);
 
