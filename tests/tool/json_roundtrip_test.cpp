@@ -204,6 +204,17 @@ TEST(ToolPack, DoublesAndTextsJsonCannotHoldSurviveTheRoundTrip) {
   EXPECT_EQ(loaded.m_arrVariable[3].dValue, 5e-324);
   EXPECT_EQ(loaded.m_arrVariable[4].dValue, 0.1);
   EXPECT_TRUE(Packed(inspected.out, dir) == ReadBytes(dir / "a.ind"));
+
+  // Past U+10FFFF (only a 32-bit wchar_t holds it): U+FFFD, as the archive
+  // writes it, so the JSON packs to the same bytes.
+  if (sizeof(wchar_t) == 4) {
+    CDBSubINDICA beyond;
+    beyond.m_strText1 = L"a";
+    beyond.m_strText1 += static_cast<wchar_t>(0x110000);
+    const Json doc = Document(LogicKind::kIndica, beyond);
+    EXPECT_EQ(doc["record"]["m_strText1"], "a\xEF\xBF\xBD");
+    EXPECT_EQ(FromJson(doc), chartcore::tool::StoreDefinition(beyond, Framing::kPlain));
+  }
 }
 
 TEST(ToolInspect, KindComesFromOptionFramingFolderOrExtension) {

@@ -13,6 +13,7 @@
 #include "chartcore/logic/optimize.h"
 #include "chartcore/logic/pattern.h"
 #include "chartcore/logic/signal_region_fill.h"
+#include "chartcore/platform/text_codec.h"
 #include "tool_text.h"
 
 namespace chartcore {
@@ -260,17 +261,14 @@ void WithRecordClass(LogicKind kind, CDBSubBase& record, F&& visit) {
 // Texts and colours
 // ---------------------------------------------------------------------------
 
-// The UTF-16 code units of a text as the archive writes them.
+// The UTF-16 code units of a text as the archive writes them (the archive's
+// own conversion, so a character past U+10FFFF is U+FFFD here as there).
 std::vector<unsigned> Utf16Units(const CString& text) {
+  const std::string bytes = chartcore::WideToUtf16LE(text.GetString(), static_cast<size_t>(text.GetLength()));
   std::vector<unsigned> units;
-  for (int i = 0; i < text.GetLength(); ++i) {
-    const unsigned c = static_cast<unsigned>(text.GetAt(i));
-    if (c > 0xFFFF) {
-      units.push_back(0xD800 + ((c - 0x10000) >> 10));
-      units.push_back(0xDC00 + ((c - 0x10000) & 0x3FF));
-    } else {
-      units.push_back(c);
-    }
+  units.reserve(bytes.size() / 2);
+  for (size_t i = 0; i + 1 < bytes.size(); i += 2) {
+    units.push_back(static_cast<unsigned char>(bytes[i]) | (static_cast<unsigned char>(bytes[i + 1]) << 8));
   }
   return units;
 }
@@ -295,19 +293,16 @@ Json EncodeText(const CString& text) {
   return object;
 }
 
+// The text of UTF-16 code units (each below 0x10000), as the archive reads it.
 CString TextFromUnits(const std::vector<unsigned>& units) {
-  CString text;
-  for (size_t i = 0; i < units.size(); ++i) {
-    unsigned c = units[i];
-    const bool pair = sizeof(wchar_t) == 4 && c >= 0xD800 && c <= 0xDBFF && i + 1 < units.size() &&
-                      units[i + 1] >= 0xDC00 && units[i + 1] <= 0xDFFF;
-    if (pair) {
-      c = 0x10000 + ((c - 0xD800) << 10) + (units[i + 1] - 0xDC00);
-      ++i;
-    }
-    text += static_cast<wchar_t>(c);
+  std::string bytes;
+  bytes.reserve(units.size() * 2);
+  for (unsigned unit : units) {
+    bytes += static_cast<char>(unit & 0xFF);
+    bytes += static_cast<char>(unit >> 8);
   }
-  return text;
+  const std::wstring text = chartcore::Utf16LEToWide(bytes.data(), bytes.size());
+  return CString(text.c_str(), static_cast<int>(text.size()));
 }
 
 std::string ColourText(COLORREF colour) {
