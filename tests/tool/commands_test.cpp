@@ -53,6 +53,15 @@ TEST(ToolFormat, PrintsValuesUnderAFormatCode) {
   EXPECT_EQ(Cli({"format", "--code", "65", "101.5"}).out, "101`1\n");                         // halves
   EXPECT_TRUE(Refused(Cli({"format", "--code", "2", "12abc"}), 2, "chartcore format: \"12abc\" is not a number\n"));
   EXPECT_TRUE(Refused(Cli({"format", "1"}), 2, "chartcore format: --code is required (see chartcore format --help)\n"));
+  EXPECT_TRUE(Refused(Cli({"format", "--code", "0", ""}), 2, "chartcore format: \"\" is not a number\n"));
+
+  // The one parser of format's values and the bar files' fields.
+  double value = 0;
+  const std::pair<const char*, double> taken[] = {{"N/A", kEmpty}, {"-1.5e3", -1500}, {"0x10", 16}, {"7", 7}};
+  for (const auto& c : taken) EXPECT_TRUE(chartcore::tool::ParseValue(c.first, value) && value == c.second) << c.first;
+  for (const char* refused : {"", "n/a", "1e999", "-1e999", "inf", "nan", "1,5", "12 "}) {
+    EXPECT_FALSE(chartcore::tool::ParseValue(refused, value)) << refused;
+  }
 }
 
 TEST(ToolTable, BarFileAsTheChartTable) {

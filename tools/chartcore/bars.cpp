@@ -48,17 +48,6 @@ std::string DateDigits(const std::string& field) {
   return digits;
 }
 
-bool ParseNumber(const std::string& field, double& out) {
-  if (field.empty() || field == "N/A") {
-    out = kEmpty;
-    return true;
-  }
-  errno = 0;
-  char* end = nullptr;
-  out = std::strtod(field.c_str(), &end);
-  return end == field.c_str() + field.size() && errno != ERANGE && std::isfinite(out);
-}
-
 std::string Text(const CString& text) { return Utf8(text); }
 
 std::string DateText(double value) {
@@ -67,6 +56,17 @@ std::string DateText(double value) {
 }
 
 }  // namespace
+
+bool ParseValue(const std::string& text, double& out) {
+  if (text == "N/A") {
+    out = kEmpty;
+    return true;
+  }
+  errno = 0;
+  char* end = nullptr;
+  out = std::strtod(text.c_str(), &end);
+  return !text.empty() && end == text.c_str() + text.size() && errno != ERANGE && std::isfinite(out);
+}
 
 CPacketMemory ParseBars(const std::string& text, const std::string& source, int closeTime) {
   CPacketMemory bars;
@@ -102,7 +102,10 @@ CPacketMemory ParseBars(const std::string& text, const std::string& source, int 
     double* const columns[] = {&bar.m_dOpen, &bar.m_dHigh, &bar.m_dLow, &bar.m_dClose, &bar.m_dVolume};
     static const char* const kNames[] = {"open", "high", "low", "close", "volume"};
     for (int c = 0; c < 5; ++c) {
-      if (!ParseNumber(fields[static_cast<size_t>(c) + 1], *columns[c])) {
+      const std::string& field = fields[static_cast<size_t>(c) + 1];
+      if (field.empty()) {
+        *columns[c] = kEmpty;  // an empty field is a bar without that value
+      } else if (!ParseValue(field, *columns[c])) {
         throw ToolError(where + "the " + kNames[c] + " " + Quoted(fields[static_cast<size_t>(c) + 1]) +
                         " is not a number");
       }

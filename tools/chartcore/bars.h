@@ -26,6 +26,11 @@ namespace tool {
 // The largest bar file the tool reads (some 10 million bars).
 constexpr unsigned long long kMaxBarFileBytes = 512ull << 20;
 
+// ParseValue: a value as typed on the command line or stored in a bar file:
+// a decimal or exponent number, or "N/A" for the empty value. False for
+// anything else, an empty text and numbers past the double range included.
+bool ParseValue(const std::string& text, double& out);
+
 // LoadBarFile: the bars of a CSV file as a PST_OHLCV packet. When closeTime
 // (hhmmss) is not 0, each date-only value is stamped with that time of day
 // (YYYYMMDDhhmmss), as a chart stamps a daily bar with its session's close.

@@ -1,8 +1,4 @@
 // format and table: values and bar files as the chart prints them.
-#include <cerrno>
-#include <cmath>
-#include <cstdlib>
-
 #include "bars.h"
 #include "chartcore/foundation/formatting.h"
 #include "chartcore/packets/packet_types.h"
@@ -25,23 +21,17 @@ struct TableOptions {
   int last = 0;
 };
 
-// A value as typed: a decimal or exponent number, or "N/A" for the empty
-// value (which formats as "N/A").
-double ParseValue(const std::string& text) {
-  if (text == "N/A") return chartcore::kPacketEmptyValue;
-  errno = 0;
-  char* end = nullptr;
-  const double value = std::strtod(text.c_str(), &end);
-  if (text.empty() || end != text.c_str() + text.size() || errno == ERANGE || !std::isfinite(value)) {
-    throw ToolError(Quoted(text) + " is not a number", kExitUsage);
-  }
+// A value as typed ("N/A", the empty value, formats as "N/A").
+double ValueArgument(const std::string& text) {
+  double value = 0;
+  if (!ParseValue(text, value)) throw ToolError(Quoted(text) + " is not a number", kExitUsage);
   return value;
 }
 
 void RunFormat(const FormatOptions& options, ToolContext& context) {
   std::string out;
   for (const std::string& text : options.values) {
-    out += Utf8(GetYPacketStringOfFormat(ParseValue(text), options.code, options.group ? 1 : 0)) + "\n";
+    out += Utf8(GetYPacketStringOfFormat(ValueArgument(text), options.code, options.group ? 1 : 0)) + "\n";
   }
   context.out << out;
 }
