@@ -463,8 +463,7 @@ std::vector<std::string> WriteSampleWorkspace(const std::string& root) {
 
   // Version control keeps no empty folders: mark those of the layout.
   for (const CString& folder : LayoutFolders(Wide(root), Wide(kSampleUser))) {
-    std::string native = Utf8(chartcore::ToNativePath(folder));
-    while (!native.empty() && (native.back() == '/' || native.back() == '\\')) native.pop_back();
+    const std::string native = NativeText(folder);
     if (std::filesystem::is_empty(std::filesystem::u8path(native), ec) && !ec) {
       out.Text(RelativePath(root, native) + "/.keep", std::string());
     }

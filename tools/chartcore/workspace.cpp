@@ -21,13 +21,6 @@ bool Exists(const std::string& path) {
   return std::filesystem::exists(NativePath(path), ec);
 }
 
-// The native text of a library path, without a trailing separator.
-std::string NativeText(const CString& path) {
-  std::string text = Utf8(chartcore::ToNativePath(path));
-  while (text.size() > 1 && (text.back() == '/' || text.back() == '\\')) text.pop_back();
-  return text;
-}
-
 // The files (not folders) matching pattern, as (name, native path), sorted.
 std::vector<std::pair<std::string, std::string>> FindFiles(const CString& pattern, bool folders) {
   std::vector<std::pair<std::string, std::string>> found;
@@ -58,6 +51,12 @@ bool EndsWithNoCase(const std::string& text, const std::string& suffix) {
 }  // namespace
 
 const char kSampleUser[] = "_demo";
+
+std::string NativeText(const CString& path) {
+  std::string text = Utf8(chartcore::ToNativePath(path));
+  while (text.size() > 1 && (text.back() == '/' || text.back() == '\\')) text.pop_back();
+  return text;
+}
 
 std::vector<CString> LayoutFolders(const CString& root, const CString& user) {
   std::vector<CString> folders = {GetPath_Logic(root)};

@@ -96,6 +96,10 @@ std::string RelativePath(const std::string& root, const std::string& path);
 // logic folders ("<root>/Logic/<folder>/<file>"), else "".
 std::string WorkspaceRootOf(const std::string& path);
 
+// NativeText: a library path ("\" separators) as the system writes it, in
+// UTF-8, without a trailing separator (a root "/" stays).
+std::string NativeText(const CString& path);
+
 // JoinPath: root + "/" + relative (relative uses "/").
 std::string JoinPath(const std::string& root, const std::string& relative);
 
