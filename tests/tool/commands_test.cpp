@@ -185,6 +185,28 @@ TEST(ToolWorkspace, InitMakesTheLayoutAndNeverOverwritesSilently) {
   EXPECT_EQ(Cli({"workspace"}).code, 2);
 }
 
+TEST(ToolWorkspace, BarFilesAndRelativePathsKeepToTheirFolders) {
+  // A branch named just "Local" has its own Data folder; the root's Data is
+  // listed once.
+  TempDir dir;
+  const std::string root = dir / "ws";
+  for (const char* file : {"Data/a.csv", "Local/Data/b.csv", "Local_u/Data/c.CSV", "Local_u/Data/d.txt"}) {
+    WriteBytes(root + "/" + file, "");
+  }
+  std::vector<std::string> found;
+  for (const std::string& file : chartcore::tool::FindBarFiles(root)) {
+    found.push_back(chartcore::tool::RelativePath(root, file));
+  }
+  EXPECT_EQ(found, (std::vector<std::string>{"Data/a.csv", "Local/Data/b.csv", "Local_u/Data/c.CSV"}));
+
+  // Below the root only at a separator.
+  using chartcore::tool::RelativePath;
+  EXPECT_EQ(RelativePath("ws", "ws2/x"), "ws2/x");
+  EXPECT_EQ(RelativePath("ws", "ws/x"), "x");
+  EXPECT_EQ(RelativePath("ws/", "ws\\x\\y"), "x/y");
+  EXPECT_EQ(RelativePath("ws", "ws"), "ws");
+}
+
 TEST(ToolDemo, ToursAWorkspaceWithItsDefinitionsBarsAndFormula) {
   SampleDir ws;
   auto run = Cli({"demo", "--workspace", ws.path(), "--color", "never"});

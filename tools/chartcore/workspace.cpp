@@ -136,8 +136,10 @@ std::vector<DefinitionFile> ListDefinitions(const std::string& root) {
 std::vector<std::string> FindBarFiles(const std::string& root) {
   const CString wideRoot = Wide(root);
   std::vector<CString> dataFolders = {GetPath_Local_Data(wideRoot, CString())};
+  // Each branch's own folder: one named just "Local" would otherwise make
+  // the user piece "" and stand for the root's Data a second time.
   for (const auto& local : FindFiles(GetPath(wideRoot) + L"Local*", true)) {
-    dataFolders.push_back(GetPath_Local_Data(wideRoot, Wide(local.first.substr(5))));
+    dataFolders.push_back(GetPath_Local_Data(Wide(local.second), CString()));
   }
   std::vector<std::string> files;
   for (const CString& folder : dataFolders) {
@@ -152,7 +154,10 @@ std::vector<std::string> FindBarFiles(const std::string& root) {
 std::string RelativePath(const std::string& root, const std::string& path) {
   const std::string base = NativeText(Wide(root));
   std::string rest = path;
-  if (path.compare(0, base.size(), base) == 0 && path.size() > base.size()) {
+  // Below root only at a separator: "/a/ws2/x" is not below "/a/ws".
+  const auto separator = [](char c) { return c == '/' || c == '\\'; };
+  if (path.compare(0, base.size(), base) == 0 && path.size() > base.size() &&
+      (separator(base.back()) || separator(path[base.size()]))) {
     rest = path.substr(base.size());
     while (!rest.empty() && (rest.front() == '/' || rest.front() == '\\')) rest.erase(0, 1);
   }
