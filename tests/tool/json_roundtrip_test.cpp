@@ -446,6 +446,11 @@ TEST(ToolProgress, DrawsInPlaceAndCutsLongNamesOnWholeCharacters) {
     EXPECT_TRUE(Has(shown, "가"));  // the Korean letter stays whole
   }
   EXPECT_EQ(out.str().back(), '\r');  // the destructor blanks the line
+  // Stepped past its total, the bar stays full instead of overrunning.
+  std::ostringstream over;
+  chartcore::tool::ProgressBar counted(over, true, 2, "x");
+  for (int i = 0; i < 3; ++i) counted.Step("f");
+  EXPECT_EQ(over.str().substr(over.str().rfind('\r')), "\rx [########################] 2/2 f");
   std::ostringstream none;
   chartcore::tool::ProgressBar off(none, false, 4, "inspect");
   off.Step("a");

@@ -39,7 +39,8 @@ ProgressBar::~ProgressBar() { Finish(); }
 
 void ProgressBar::Step(const std::string& item) {
   if (!enabled_) return;
-  ++done_;
+  // Stepped past the total (a caller's miscount), the bar stays full.
+  if (done_ < total_) ++done_;
   const std::size_t filled = done_ * kBarWidth / total_;
   std::string shown = Printable(item);
   if (shown.size() > kItemWidth) {
