@@ -183,7 +183,6 @@ class SampleWriter {
 
   const std::vector<Entry>& entries() const { return entries_; }
   std::vector<std::string>& written() { return written_; }
-  const std::string& root() const { return root_; }
 
  private:
   std::string root_;
@@ -401,7 +400,6 @@ std::string Readme(const SampleWriter& out, int bars) {
     std::string formula = entry.formula;
     size_t at = 0;
     while ((at = formula.find('\r', at)) != std::string::npos) formula.erase(at, 1);
-    at = 0;
     text += "  ";
     for (char c : formula) text += c == '\n' ? std::string("\n  ") : std::string(1, c);
     text += "\n  ```\n";
