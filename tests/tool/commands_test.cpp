@@ -286,8 +286,8 @@ TEST(ToolOutput, ControlCharactersFromFilesNeverReachTheTerminal) {
   EXPECT_TRUE(ReadBytes(dir / "back.ind") == ReadBytes(ws / "Logic/Indica/Evil.ind"));
 
   // Error lines and the progress bar quote file names the same way.
-  EXPECT_TRUE(Refused(Cli({"table", dir / "x\x1b.csv"}), 1,
-                      "chartcore table: " + (dir / "x") + bad + ".csv: cannot open (file not found)\n"));
+  run = Cli({"table", dir / "x\x1b.csv"});  // Windows refuses the name itself
+  EXPECT_EQ(run.err.rfind("chartcore table: " + (dir / "x") + bad + ".csv: cannot open (", 0), 0u) << run.err;
   std::ostringstream progress;
   chartcore::tool::ProgressBar bar(progress, true, 2, "inspect");
   bar.Step("a\x1b\x9B.ind");
