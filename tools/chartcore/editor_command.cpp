@@ -26,9 +26,14 @@ struct EditorOptions {
 QString FromUtf8(const std::string& text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 
 // Whether a window can be opened at all: a display, or a platform chosen.
+// Windows and macOS always have their desktop and set neither variable.
 bool HasDisplay() {
+#if defined(_WIN32) || defined(__APPLE__)
+  return true;
+#else
   return qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || qEnvironmentVariableIsSet("DISPLAY") ||
          qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+#endif
 }
 
 // Qt's notes about the screen it has not got (no runtime folder, no window
