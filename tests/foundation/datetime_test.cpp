@@ -68,14 +68,14 @@ TEST(DateTimeGetters, FieldsOfBothFormsThresholdAndBiases) {
       {GetHalfHour(20240115093000.0), 930}, {GetHalfHour(20240115092959.0), 900},
       {GetHour(20240115), 0}, {GetMinute(20240115), 0}, {GetSecond(20240115), 0}, {GetHalfHour(20240115), 0},
       {GetTime(20240115), 0},
-      // Exactly 1e8 is a date; one more is a date and time (date part 100.000001).
+      // Exactly 1e8 is a date; 100000001 is a date and time (its date reads 100.000001).
       {GetHour(1e8), 0}, {GetTime(1e8), 0}, {GetCompSecond(1e8), 0},
       {GetTime(100000001), 1}, {GetSecond(100000001), 1}, {GetCompSecond(100000001), 1}, {GetYear(100000001), 0},
       // Just below a date: the 0.0001 and 0.5 biases lift it, 0.000001 does not.
       {GetYear(20240115 - 1e-5), 2024}, {GetDate(20240115 - 1e-5), 15}, {GetCompDate(20240115 - 1e-5), 20240115},
       {GetYearMonthDay(20240115 - 1e-5), 20240114}, {GetDay(20240115 - 1e-5), 240114},
-      // Just below midnight in the 14-digit form: the date part gets its
-      // bias, the time part has none, so the time reads 99:99:99.
+      // Just below midnight in the 14-digit form: the date digits get their
+      // bias, the time digits none, so the time reads 99:99:99.
       {GetYearMonthDay(belowMidnight), 20240115}, {GetDate(belowMidnight), 15}, {GetTime(belowMidnight), 999999},
       {GetHour(belowMidnight), 99}, {GetTime(std::nextafter(20240115093000.0, 0.0)), 92999},
       {GetDate(20231231.99995), 32}, {GetMonth(20231231.99995), 12},  // 0.5 rounds past the month's last day
