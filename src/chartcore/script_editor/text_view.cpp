@@ -158,7 +158,8 @@ void CCrystalTextWnd::ResetParseCookies() {
 
 void CCrystalTextWnd::GetLineBlocks(int nLineIndex, std::vector<TEXTBLOCK>& blocks) {
   const int length = GetLineLength(nLineIndex);
-  blocks.assign(static_cast<size_t>(3 * length + 8), TEXTBLOCK{0, 0});
+  // Room for every block a parse can report; only the reported ones are kept.
+  blocks.resize(static_cast<size_t>(3 * length + 8));
   int items = 0;
   ParseLine(GetParseCookie(nLineIndex), nLineIndex, blocks.data(), items);
   items = std::max(0, std::min(items, static_cast<int>(blocks.size())));
@@ -512,13 +513,23 @@ void CCrystalTextWnd::SetSelectionMargin(BOOL bSelMargin) {
 
 int CCrystalTextWnd::GetMarginWidth() const { return m_bSelMargin ? kMarginWidth : 0; }
 
+int CCrystalTextWnd::AdvanceX(int x, wchar_t ch, int tabWidth) {
+  return ch == L'\t' ? (x / tabWidth + 1) * tabWidth : x + GetCharPixelWidth(ch);
+}
+
+int CCrystalTextWnd::GetCompositionWidth() {
+  int width = 0;
+  for (int i = 0; i < m_strComposition.GetLength(); ++i) width += GetCharPixelWidth(m_strComposition.GetString()[i]);
+  return width;
+}
+
 int CCrystalTextWnd::GetColumnX(int nLineIndex, int nColumn) {
   LPCTSTR chars = GetLineChars(nLineIndex);
   const int length = GetLineLength(nLineIndex);
   const int upto = std::max(0, std::min(nColumn, length));
   const int tabWidth = std::max(1, GetCharPixelWidth(L'\t'));
   int x = 0;
-  for (int i = 0; i < upto; ++i) x = chars[i] == L'\t' ? (x / tabWidth + 1) * tabWidth : x + GetCharPixelWidth(chars[i]);
+  for (int i = 0; i < upto; ++i) x = AdvanceX(x, chars[i], tabWidth);
   return x;
 }
 
@@ -537,7 +548,7 @@ CPoint CCrystalTextWnd::ClientToText(const CPoint& ptClient) {
   const int tabWidth = std::max(1, GetCharPixelWidth(L'\t'));
   int x = 0;
   for (int i = 0; i < length; ++i) {
-    int next = chars[i] == L'\t' ? (x / tabWidth + 1) * tabWidth : x + GetCharPixelWidth(chars[i]);
+    const int next = AdvanceX(x, chars[i], tabWidth);
     // The nearer edge of the character decides.
     if (target < (x + next + 1) / 2) return CPoint(i, line);
     x = next;
@@ -607,9 +618,7 @@ void CCrystalTextWnd::EnsureVisible(CPoint pt) {
 
 void CCrystalTextWnd::UpdateCaret() {
   CPoint pixel = TextToClient(m_ptCursorPos);
-  if (!m_strComposition.IsEmpty()) {
-    for (int i = 0; i < m_strComposition.GetLength(); ++i) pixel.x += GetCharPixelWidth(m_strComposition.GetString()[i]);
-  }
+  pixel.x += GetCompositionWidth();
   if (m_bHasFocus && GetPort() != nullptr) {
     SetCaretPos(pixel);
     CRect client;
@@ -763,17 +772,15 @@ void CCrystalTextWnd::DrawLine(CDC* pDC, int nLineIndex, int y, const CRect& rcC
   const int margin = GetMarginWidth();
   const int lineHeight = GetLineHeight();
   const bool composing = !m_strComposition.IsEmpty() && nLineIndex == m_ptCursorPos.y;
-  int compWidth = 0;
-  if (composing)
-    for (int i = 0; i < m_strComposition.GetLength(); ++i) compWidth += GetCharPixelWidth(m_strComposition.GetString()[i]);
+  const int compWidth = composing ? GetCompositionWidth() : 0;
 
   // x of every column, composition text pushing the caret's right side over.
-  std::vector<int> xs(static_cast<size_t>(length) + 1, 0);
+  std::vector<int>& xs = m_paintXs;
+  xs.resize(static_cast<size_t>(length) + 1);
+  xs[0] = 0;
   const int tabWidth = std::max(1, GetCharPixelWidth(L'\t'));
   for (int i = 0; i < length; ++i)
-    xs[static_cast<size_t>(i) + 1] =
-        chars[i] == L'\t' ? (xs[static_cast<size_t>(i)] / tabWidth + 1) * tabWidth
-                          : xs[static_cast<size_t>(i)] + GetCharPixelWidth(chars[i]);
+    xs[static_cast<size_t>(i) + 1] = AdvanceX(xs[static_cast<size_t>(i)], chars[i], tabWidth);
   // Columns right of the caret move over by the composition text's width.
   auto screenX = [&](int col) {
     return margin + xs[static_cast<size_t>(col)] - m_nOffsetX + (composing && col >= m_ptCursorPos.x ? compWidth : 0);
@@ -789,10 +796,10 @@ void CCrystalTextWnd::DrawLine(CDC* pDC, int nLineIndex, int y, const CRect& rcC
     selEol = nLineIndex < m_ptSelEnd.y;
   }
 
-  std::vector<TEXTBLOCK> blocks;
+  std::vector<TEXTBLOCK>& blocks = m_paintBlocks;
   GetLineBlocks(nLineIndex, blocks);
-  std::vector<int> cuts;
-  cuts.reserve(blocks.size() + 4);
+  std::vector<int>& cuts = m_paintCuts;
+  cuts.clear();
   for (const TEXTBLOCK& b : blocks) cuts.push_back(std::max(0, std::min(b.m_nCharPos, length)));
   cuts.push_back(length);
   if (selBegin >= 0) {

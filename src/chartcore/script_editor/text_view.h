@@ -299,6 +299,10 @@ class CHARTCORE_API CCrystalTextWnd : public CWnd {
 
  private:
   void DrawLine(CDC* pDC, int nLineIndex, int y, const CRect& rcClient);
+  // The x after a character that starts at x: a tab goes to the next tab stop.
+  int AdvanceX(int x, wchar_t ch, int tabWidth);
+  // The width of the text being composed at the caret (0 when none).
+  int GetCompositionWidth();
   void AdjustCookiesForChange(int nLine, int nLineDelta);
   void ReparseFrom(int nLine);
   void UpdateSelectionFromAnchor();
@@ -322,6 +326,10 @@ class CHARTCORE_API CCrystalTextWnd : public CWnd {
   std::unordered_map<wchar_t, int> m_charWidths;
   int m_nLineHeight = 0;
   int m_nCharWidth = 0;
+  // Kept between painted lines so a paint allocates nothing per line.
+  std::vector<int> m_paintXs;
+  std::vector<int> m_paintCuts;
+  std::vector<TEXTBLOCK> m_paintBlocks;
 };
 
 // ---------------------------------------------------------------------------
