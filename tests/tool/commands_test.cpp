@@ -286,8 +286,14 @@ TEST(ToolOutput, ControlCharactersFromFilesNeverReachTheTerminal) {
   EXPECT_TRUE(ReadBytes(dir / "back.ind") == ReadBytes(ws / "Logic/Indica/Evil.ind"));
 
   // Error lines and the progress bar quote file names the same way.
-  run = Cli({"table", dir / "x\x1b.csv"});  // Windows refuses the name itself
-  EXPECT_EQ(run.err.rfind("chartcore table: " + (dir / "x") + bad + ".csv: cannot open (", 0), 0u) << run.err;
+  // Windows refuses such a name itself; elsewhere it is just not there.
+#if defined(_WIN32)
+  const std::string reason = "bad path";
+#else
+  const std::string reason = "file not found";
+#endif
+  EXPECT_TRUE(Refused(Cli({"table", dir / "x\x1b.csv"}), 1,
+                      "chartcore table: " + (dir / "x") + bad + ".csv: cannot open (" + reason + ")\n"));
   std::ostringstream progress;
   chartcore::tool::ProgressBar bar(progress, true, 2, "inspect");
   bar.Step("a\x1b\x9B.ind");
