@@ -7,6 +7,7 @@
 
 #include "chartcore/platform/file.h"
 #include "chartcore/platform/text_codec.h"
+#include "chartcore/platform/utf16_internal.h"
 
 namespace {
 
@@ -18,77 +19,7 @@ constexpr size_t kStringStep = 4096;
 // Class names in files are identifiers; anything longer is not a class.
 constexpr WORD kMaxClassNameLength = 255;
 
-constexpr bool kWideIs16Bit = sizeof(wchar_t) == 2;
-
-bool IsHighSurrogate(unsigned u) { return u >= 0xD800 && u <= 0xDBFF; }
-bool IsLowSurrogate(unsigned u) { return u >= 0xDC00 && u <= 0xDFFF; }
-
-// Splits one wchar_t into UTF-16 code units; returns how many (1 or 2).
-// Where wchar_t is 32 bits, characters above U+FFFF become surrogate pairs
-// and values beyond Unicode become U+FFFD.
-int ToUtf16(wchar_t ch, WORD (&units)[2]) {
-  const auto c = static_cast<std::uint32_t>(ch);
-  if (kWideIs16Bit || c <= 0xFFFF) {
-    units[0] = static_cast<WORD>(c);
-    return 1;
-  }
-  if (c > 0x10FFFF) {
-    units[0] = 0xFFFD;
-    return 1;
-  }
-  const std::uint32_t v = c - 0x10000;
-  units[0] = static_cast<WORD>(0xD800 + (v >> 10));
-  units[1] = static_cast<WORD>(0xDC00 + (v & 0x3FF));
-  return 2;
-}
-
-ULONGLONG Utf16UnitCount(const wchar_t* p, size_t n) {
-  ULONGLONG units = n;
-  if (!kWideIs16Bit) {
-    for (size_t i = 0; i < n; ++i) {
-      const auto c = static_cast<std::uint32_t>(p[i]);
-      if (c > 0xFFFF && c <= 0x10FFFF) ++units;
-    }
-  }
-  return units;
-}
-
-// Joins UTF-16 code units into wchar_t text as they arrive (a pair may be
-// split across buffer refills). Lone surrogates are kept as they are.
-class Utf16Joiner {
- public:
-  explicit Utf16Joiner(std::wstring& out) : m_out(out) {}
-  void Add(WORD u) {
-    if (kWideIs16Bit) {
-      m_out.push_back(static_cast<wchar_t>(u));
-      return;
-    }
-    if (m_high != 0) {
-      if (IsLowSurrogate(u)) {
-        m_out.push_back(static_cast<wchar_t>(0x10000 + ((m_high - 0xD800u) << 10) + (u - 0xDC00u)));
-        m_high = 0;
-        return;
-      }
-      m_out.push_back(static_cast<wchar_t>(m_high));
-      m_high = 0;
-    }
-    if (IsHighSurrogate(u)) {
-      m_high = u;
-    } else {
-      m_out.push_back(static_cast<wchar_t>(u));
-    }
-  }
-  // Pending: 1 while the first half of a pair waits for its second.
-  size_t Pending() const { return m_high != 0 ? 1 : 0; }
-  void Finish() {
-    if (m_high != 0) m_out.push_back(static_cast<wchar_t>(m_high));
-    m_high = 0;
-  }
-
- private:
-  std::wstring& m_out;
-  unsigned m_high = 0;
-};
+using chartcore::internal::Utf16Joiner;
 
 WORD LoadWord(const BYTE* p) { return static_cast<WORD>(p[0] | (p[1] << 8)); }
 
@@ -332,8 +263,8 @@ void CArchive::WriteUtf16(const wchar_t* p, size_t n) {
     const size_t fit = static_cast<size_t>(m_pStoreEnd - m_pCur) / 4;
     const size_t end = std::min(n, i + fit);
     for (; i < end; ++i) {
-      WORD units[2];
-      const int count = ToUtf16(p[i], units);
+      std::uint16_t units[2];
+      const int count = chartcore::internal::EncodeUtf16(p[i], units);
       StoreWord(m_pCur, units[0]);
       m_pCur += 2;
       if (count == 2) {
@@ -348,7 +279,7 @@ CArchive& CArchive::operator<<(const CString& str) {
   CheckStoring();
   const wchar_t* p = str.GetString();
   const size_t n = static_cast<size_t>(str.GetLength());
-  const ULONGLONG units = Utf16UnitCount(p, n);
+  const ULONGLONG units = chartcore::Utf16Length(p, n);
   Put<BYTE>(0xFF);
   Put<WORD>(0xFFFE);
   if (units < 0xFF) {

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <type_traits>
 
+#include "chartcore/platform/utf16_internal.h"
+
 #if defined(_WIN32)
 #include <windows.h>
 #else
@@ -354,15 +356,9 @@ std::string WideToUtf16LE(const wchar_t* text, size_t length) {
   if (!text || length == 0) return out;
   out.reserve(length * 2);
   for (size_t i = 0; i < length; ++i) {
-    const char32_t c = static_cast<char32_t>(static_cast<std::make_unsigned_t<wchar_t>>(text[i]));
-    if (c < 0x10000) {
-      AppendUtf16Unit(out, static_cast<unsigned>(c));  // lone surrogates pass as they are
-    } else if (c <= 0x10FFFF) {
-      AppendUtf16Unit(out, static_cast<unsigned>(0xD800 + ((c - 0x10000) >> 10)));
-      AppendUtf16Unit(out, static_cast<unsigned>(0xDC00 + ((c - 0x10000) & 0x3FF)));
-    } else {
-      AppendUtf16Unit(out, static_cast<unsigned>(kReplacement));
-    }
+    std::uint16_t units[2];
+    const int count = internal::EncodeUtf16(text[i], units);
+    for (int k = 0; k < count; ++k) AppendUtf16Unit(out, units[k]);
   }
   return out;
 }
@@ -373,19 +369,9 @@ std::wstring Utf16LEToWide(const void* bytes, size_t byteCount) {
   const unsigned char* s = static_cast<const unsigned char*>(bytes);
   const size_t units = byteCount / 2;
   out.reserve(units + (byteCount & 1));
-  const auto unitAt = [s](size_t k) { return static_cast<char32_t>(s[2 * k] | (s[2 * k + 1] << 8)); };
-  for (size_t k = 0; k < units; ++k) {
-    const char32_t u = unitAt(k);
-    if (sizeof(wchar_t) == 4 && u >= 0xD800 && u <= 0xDBFF && k + 1 < units) {
-      const char32_t low = unitAt(k + 1);
-      if (low >= 0xDC00 && low <= 0xDFFF) {
-        out += static_cast<wchar_t>(0x10000 + ((u - 0xD800) << 10) + (low - 0xDC00));
-        ++k;
-        continue;
-      }
-    }
-    out += static_cast<wchar_t>(u);
-  }
+  internal::Utf16Joiner joiner(out);
+  for (size_t k = 0; k < units; ++k) joiner.Add(static_cast<unsigned>(s[2 * k] | (s[2 * k + 1] << 8)));
+  joiner.Finish();
   if (byteCount & 1) out += static_cast<wchar_t>(kReplacement);
   return out;
 }
