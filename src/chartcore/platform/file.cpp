@@ -1044,25 +1044,9 @@ BOOL CFileFind::FindFile(const wchar_t* pstrName, DWORD) {
     const std::string full = (dir.back() == '/' ? dir : dir + "/") + ent->d_name;
     Entry e;
     e.name = CString(wide);
-    e.length = 0;
-    e.attributes = 0;
-    struct stat st;
-    if (::lstat(full.c_str(), &st) == 0) {
-      if (S_ISLNK(st.st_mode)) {
-        e.attributes |= FILE_ATTRIBUTE_REPARSE_POINT;
-        struct stat target;
-        if (::stat(full.c_str(), &target) == 0) st = target;
-      }
-      if (S_ISDIR(st.st_mode)) {
-        e.attributes |= FILE_ATTRIBUTE_DIRECTORY;
-      } else {
-        e.length = static_cast<ULONGLONG>(st.st_size);
-      }
-      if ((st.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0) e.attributes |= FILE_ATTRIBUTE_READONLY;
-    }
-    if (ent->d_name[0] == '.' && std::strcmp(ent->d_name, ".") != 0 && std::strcmp(ent->d_name, "..") != 0)
-      e.attributes |= FILE_ATTRIBUTE_HIDDEN;
-    if (e.attributes == 0) e.attributes = FILE_ATTRIBUTE_NORMAL;
+    e.attributes = chartcore::internal::NativeAttributes(full, &e.length);
+    // An entry that went between the listing and the look-up still lists.
+    if (e.attributes == INVALID_FILE_ATTRIBUTES) e.attributes = FILE_ATTRIBUTE_NORMAL;
     m_entries.push_back(std::move(e));
   }
   ::closedir(d);

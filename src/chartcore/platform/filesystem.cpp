@@ -247,12 +247,15 @@ DWORD GetFileAttributesW(const wchar_t* lpFileName) {
     g_lastError = ERROR_PATH_NOT_FOUND;
     return INVALID_FILE_ATTRIBUTES;
   }
-  const std::string native = NativePathBytes(lpFileName);
+  const DWORD attributes = chartcore::internal::NativeAttributes(NativePathBytes(lpFileName));
+  g_lastError = attributes == INVALID_FILE_ATTRIBUTES ? chartcore::Win32ErrorFromErrno(errno) : ERROR_SUCCESS;
+  return attributes;
+}
+
+DWORD chartcore::internal::NativeAttributes(const std::string& native, ULONGLONG* length) {
+  if (length != nullptr) *length = 0;
   struct stat st;
-  if (::lstat(native.c_str(), &st) != 0) {
-    g_lastError = chartcore::Win32ErrorFromErrno(errno);
-    return INVALID_FILE_ATTRIBUTES;
-  }
+  if (::lstat(native.c_str(), &st) != 0) return INVALID_FILE_ATTRIBUTES;
   DWORD attributes = 0;
   if (S_ISLNK(st.st_mode)) {
     attributes |= FILE_ATTRIBUTE_REPARSE_POINT;
@@ -260,12 +263,15 @@ DWORD GetFileAttributesW(const wchar_t* lpFileName) {
     struct stat target;
     if (StatPath(native, target)) st = target;
   }
-  if (S_ISDIR(st.st_mode)) attributes |= FILE_ATTRIBUTE_DIRECTORY;
+  if (S_ISDIR(st.st_mode)) {
+    attributes |= FILE_ATTRIBUTE_DIRECTORY;
+  } else if (length != nullptr) {
+    *length = static_cast<ULONGLONG>(st.st_size);
+  }
   if (!HasWriteBits(st)) attributes |= FILE_ATTRIBUTE_READONLY;
   const std::string name = LastPart(native);
   if (name.size() > 1 && name[0] == '.' && name != "..") attributes |= FILE_ATTRIBUTE_HIDDEN;
   if (attributes == 0) attributes = FILE_ATTRIBUTE_NORMAL;
-  g_lastError = ERROR_SUCCESS;
   return attributes;
 }
 

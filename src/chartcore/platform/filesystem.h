@@ -22,6 +22,8 @@
 #include <stdio.h>
 #else
 
+#include <string>
+
 // ---------------------------------------------------------------------------
 // Win32 error numbers reported by GetLastError
 // ---------------------------------------------------------------------------
@@ -129,6 +131,13 @@ CHARTCORE_API BOOL SetFileAttributesW(const wchar_t* lpFileName, DWORD dwFileAtt
 namespace chartcore {
 // Win32ErrorFromErrno: the Windows error number for an errno value.
 CHARTCORE_API DWORD Win32ErrorFromErrno(int err);
+
+namespace internal {
+// The attributes GetFileAttributesW and CFileFind report for a native path,
+// with a file's size (0 for a folder) in *length when given;
+// INVALID_FILE_ATTRIBUTES, with errno set, when nothing is there.
+CHARTCORE_API DWORD NativeAttributes(const std::string& native, ULONGLONG* length = nullptr);
+}  // namespace internal
 }  // namespace chartcore
 
 #endif  // !_WIN32
