@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "chartcore/packets/packet_types.h"
+#include "chartcore/platform/int_conversion_internal.h"
 #include "chartcore/platform/system.h"
 
 namespace {
@@ -25,14 +26,12 @@ int Negate(int value) { return static_cast<int>(0u - static_cast<unsigned>(value
 
 // 32-bit products and differences that wrap as the screen code's LONG
 // arithmetic does, without signed overflow.
-std::int32_t Wrap32(std::int64_t value) {
-  return static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::uint64_t>(value)));
-}
+using chartcore::internal::WrapToInt32;
 std::int32_t Sub32(std::int32_t a, std::int32_t b) {
-  return Wrap32(static_cast<std::int64_t>(a) - b);
+  return WrapToInt32(static_cast<std::int64_t>(a) - b);
 }
 std::int32_t Mul32(std::int32_t a, std::int32_t b) {
-  return Wrap32(static_cast<std::int64_t>(a) * b);
+  return WrapToInt32(static_cast<std::int64_t>(a) * b);
 }
 
 // The slope of a vertical line, and the mark of a bar without data.

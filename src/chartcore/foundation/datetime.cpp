@@ -6,6 +6,7 @@
 #include <ctime>
 
 #include "chartcore/platform/exceptions.h"
+#include "chartcore/platform/int_conversion_internal.h"
 #include "chartcore/platform/oledate.h"
 #include "chartcore/platform/system.h"
 
@@ -16,27 +17,19 @@ constexpr double kDateTimeThreshold = 100000000.0;
 // The latest year the local-time builders represent, as the original runtime.
 constexpr int kLastLocalYear = 3000;
 
-// Truncation toward zero to a 32-bit int; out of range (or NaN) gives INT_MIN,
-// the x86 conversion's "integer indefinite".
-inline int TruncToInt(double x) {
-  return (x > -2147483649.0 && x < 2147483648.0) ? static_cast<int>(x) : INT_MIN;
-}
-
-// Wraps a 64-bit intermediate to 32 bits as the original's int arithmetic did.
-inline int WrapToInt(std::int64_t x) {
-  return static_cast<int>(static_cast<std::uint32_t>(static_cast<std::uint64_t>(x)));
-}
+using chartcore::internal::TruncateToInt;
+using chartcore::internal::WrapToInt32;
 
 // d(v): the date part as a real number, YYYYMMDD.hhmmss for a date-time value.
 inline double DatePart(double v) { return v > kDateTimeThreshold ? v / 1000000.0 : v; }
 
 // t(v): the time part of a date-time value (only called when v > 1e8).
 inline double TimePart(double v) {
-  return v - 1000000.0 * static_cast<double>(TruncToInt(v / 1000000.0));
+  return v - 1000000.0 * static_cast<double>(TruncateToInt(v / 1000000.0));
 }
 
 // s: the biased hhmmss that the hour, minute and second getters split.
-inline int BiasedTime(double v) { return TruncToInt(TimePart(v) + 0.0001); }
+inline int BiasedTime(double v) { return TruncateToInt(TimePart(v) + 0.0001); }
 
 // Reads up to `count` characters like _wtoi: optional blanks, a sign, digits.
 int ReadInt(const CString& text, int first, int count) {
@@ -136,17 +129,17 @@ CString LocalDateText(std::int64_t offsetSeconds) {
 // Field getters
 // ---------------------------------------------------------------------------
 
-int GetYear(double value) { return TruncToInt(DatePart(value) + 0.0001) / 10000; }
+int GetYear(double value) { return TruncateToInt(DatePart(value) + 0.0001) / 10000; }
 
 int GetYear2(double value) { return GetYear(value) % 100; }
 
-int GetMonth(double value) { return (TruncToInt(DatePart(value) + 0.0001) % 10000) / 100; }
+int GetMonth(double value) { return (TruncateToInt(DatePart(value) + 0.0001) % 10000) / 100; }
 
-int GetDate(double value) { return TruncToInt(DatePart(value) + 0.5) % 100; }
+int GetDate(double value) { return TruncateToInt(DatePart(value) + 0.5) % 100; }
 
-int GetDay(double value) { return TruncToInt(DatePart(value) + 0.000001) % 1000000; }
+int GetDay(double value) { return TruncateToInt(DatePart(value) + 0.000001) % 1000000; }
 
-int GetYearMonthDay(double value) { return TruncToInt(DatePart(value) + 0.000001); }
+int GetYearMonthDay(double value) { return TruncateToInt(DatePart(value) + 0.000001); }
 
 int GetHour(double value) {
   if (!(value > kDateTimeThreshold)) return 0;
@@ -170,18 +163,18 @@ int GetHalfHour(double value) {
 
 int GetTime(double value) {
   if (!(value > kDateTimeThreshold)) return 0;
-  return TruncToInt(TimePart(value));
+  return TruncateToInt(TimePart(value));
 }
 
 // ---------------------------------------------------------------------------
 // Comparison keys
 // ---------------------------------------------------------------------------
 
-int GetCompYear(double value) { return TruncToInt(DatePart(value) + 0.0001) / 10000; }
+int GetCompYear(double value) { return TruncateToInt(DatePart(value) + 0.0001) / 10000; }
 
-int GetCompMonth(double value) { return TruncToInt(DatePart(value) + 0.0001) / 100; }
+int GetCompMonth(double value) { return TruncateToInt(DatePart(value) + 0.0001) / 100; }
 
-int GetCompDate(double value) { return TruncToInt(DatePart(value) + 0.5); }
+int GetCompDate(double value) { return TruncateToInt(DatePart(value) + 0.5); }
 
 int GetCompHalfHour(double value) {
   if (!(value > kDateTimeThreshold)) return 0;
@@ -250,9 +243,9 @@ int GetWeek(double value) {
   // Deliberately untruncated: the month and day come out as -1 or 0.
   const double a = x / 10000.0 * 10000.0;
   const double b = x / 100.0 * 100.0;
-  t.tm_year = TruncToInt((a - 19000000.0) / 10000.0);
-  t.tm_mon = TruncToInt((b - a) / 100.0 - 1.0);
-  t.tm_mday = TruncToInt(x - b);
+  t.tm_year = TruncateToInt((a - 19000000.0) / 10000.0);
+  t.tm_mon = TruncateToInt((b - a) / 100.0 - 1.0);
+  t.tm_mday = TruncateToInt(x - b);
   t.tm_wday = -1;
   const __time64_t when = _mktime64(&t);
   if (when == -1 && t.tm_wday == -1) return 0;
@@ -290,8 +283,8 @@ double CalcNextDateTime(double value, int seconds, int align) {
 double GetNextCycleTime(int time, int kind, int minutes) {
   const double v = static_cast<double>(time);
   const double hms = std::fmod(v, 1000000.0);
-  const std::int64_t hh = TruncToInt(hms) / 10000;
-  const int below = TruncToInt(std::fmod(v, 10000.0));
+  const std::int64_t hh = TruncateToInt(hms) / 10000;
+  const int below = TruncateToInt(std::fmod(v, 10000.0));
   std::int64_t mm = below / 100;
   std::int64_t ss = below % 100;
   std::int64_t carry = minutes;
@@ -306,9 +299,9 @@ double GetNextCycleTime(int time, int kind, int minutes) {
   if (hour != 24) return static_cast<double>((hour * 100 + mm) * 100 + ss) + (v - hms);
 
   // Midnight rolls the date held in the higher digits over.
-  const int year = TruncToInt(v / 1e10);
-  const int month = TruncToInt(std::fmod(v, 1e10) / 1e8);
-  const int day = TruncToInt(std::fmod(v, 1e8) / 1e6);
+  const int year = TruncateToInt(v / 1e10);
+  const int month = TruncateToInt(std::fmod(v, 1e10) / 1e8);
+  const int day = TruncateToInt(std::fmod(v, 1e8) / 1e6);
   const __time64_t start = BuildLocalTime(year, month, day, 0, static_cast<int>(mm), static_cast<int>(ss));
   const struct tm t = BreakDownLocal(start + 86400);
   return static_cast<double>(t.tm_mon + 1) * 1e8 + static_cast<double>(t.tm_year + 1900) * 1e10 +
@@ -319,10 +312,10 @@ double GetNextCycleTime(int time, int kind, int minutes) {
 int GetDiffCycleCount(double value, int start, int end, int day, int cycle) {
   if (cycle == 0) return -1;
   const std::int64_t a =
-      static_cast<std::int64_t>(GetTimeToSec(WrapToInt(static_cast<std::int64_t>(GetTime(value)) - start))) / cycle + 1;
+      static_cast<std::int64_t>(GetTimeToSec(WrapToInt32(static_cast<std::int64_t>(GetTime(value)) - start))) / cycle + 1;
   const std::int64_t b =
-      static_cast<std::int64_t>(GetTimeToSec(WrapToInt(static_cast<std::int64_t>(end) - start))) / cycle + 1;
-  return WrapToInt(WrapToInt(b) * (static_cast<std::int64_t>(day) - 1) + WrapToInt(a));
+      static_cast<std::int64_t>(GetTimeToSec(WrapToInt32(static_cast<std::int64_t>(end) - start))) / cycle + 1;
+  return WrapToInt32(WrapToInt32(b) * (static_cast<std::int64_t>(day) - 1) + WrapToInt32(a));
 }
 
 int GetSecToTime(int seconds) {
@@ -332,10 +325,10 @@ int GetSecToTime(int seconds) {
     h = n / 3600;
     n -= h * 3600;
   }
-  if (n < 60) return WrapToInt(h * 10000 + n);
+  if (n < 60) return WrapToInt32(h * 10000 + n);
   const std::int64_t m = n / 60;
   const std::int64_t s = n - m * 60;
-  return WrapToInt((h * 100 + m) * 100 + s);
+  return WrapToInt32((h * 100 + m) * 100 + s);
 }
 
 int GetTimeToSec(int time) {
@@ -345,9 +338,9 @@ int GetTimeToSec(int time) {
     h = n / 10000;
     n -= h * 10000;
   }
-  if (n < 100) return WrapToInt(h * 3600 + n);
+  if (n < 100) return WrapToInt32(h * 3600 + n);
   const std::int64_t m = n / 100;
-  return WrapToInt((n - m * 100) + (h * 60 + m) * 60);
+  return WrapToInt32((n - m * 100) + (h * 60 + m) * 60);
 }
 
 // ---------------------------------------------------------------------------

@@ -8,6 +8,8 @@
 #include <new>
 #include <vector>
 
+#include "chartcore/platform/int_conversion_internal.h"
+
 namespace chartcore {
 namespace internal {
 
@@ -481,11 +483,6 @@ void FillColumn(double* data, int alloc, int from, int to, double v) {
 // ---------------------------------------------------------------------------
 // Arithmetic
 // ---------------------------------------------------------------------------
-
-int TruncateToInt(double v) {
-  if (!(v >= -2147483648.0 && v < 2147483648.0)) return INT_MIN;
-  return static_cast<int>(v);
-}
 
 double TruncatedModulo(double a, double b) {
   const int ia = TruncateToInt(a);

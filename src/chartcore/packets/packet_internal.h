@@ -277,9 +277,6 @@ void CalcColumn1(int code, const SeriesRef& left, const SeriesRef& right, double
 // element 0).
 void CalcColumn2(int code, const SeriesRef& left, const SeriesRef& right);
 
-// Truncates a double to int as the x86 conversion does: NaN and values
-// outside the int range give INT_MIN.
-int TruncateToInt(double v);
 
 // (a truncated) modulo (b truncated) without undefined behaviour: a zero
 // divisor gives the empty value, INT_MIN % -1 gives 0.
