@@ -93,6 +93,13 @@ TEST(CFileOnDisk, OpenFailuresReadWriteSeekAndNames) {
   file.Close();
   file.Close();  // closing twice is harmless
   EXPECT_EQ(dir.Read("data.file.dat"), std::string("0123\0\0", 6));
+  // Rename never replaces an existing name, on any system.
+  dir.MakeFile("other.dat", "other");
+  EXPECT_EQ(FileCause([&] { CFile::Rename(path, dir.Path(L"other.dat")); }), CFileException::accessDenied);
+  EXPECT_EQ(dir.Read("other.dat"), "other");
+  CFile::Rename(path, dir.Path(L"renamed.dat"));
+  EXPECT_EQ(dir.Read("renamed.dat"), std::string("0123\0\0", 6));
+  CFile::Rename(dir.Path(L"renamed.dat"), path);
 
   // modeNoTruncate keeps the contents; modeCreate alone empties the file.
   ASSERT_TRUE(file.Open(path, CFile::modeCreate | CFile::modeNoTruncate | CFile::modeWrite));

@@ -493,16 +493,14 @@ CString CFile::GetFileTitle() const { return StripExtension(GetFileName()); }
 void CFile::SetFilePath(const wchar_t* lpszNewName) { m_strFileName = lpszNewName; }
 
 void CFile::Rename(const wchar_t* lpszOldName, const wchar_t* lpszNewName) {
-  long err = CheckFileFault(FileOperation::kRename);
-  if (err == 0) {
 #if defined(_WIN32)
-    if (!::MoveFileW(lpszOldName, lpszNewName)) err = LastOsError();
+  long err = CheckFileFault(FileOperation::kRename);
+  if (err == 0 && !::MoveFileW(lpszOldName, lpszNewName)) err = LastOsError();
 #else
-    const std::string from = chartcore::internal::NativePathBytes(lpszOldName);
-    const std::string to = chartcore::internal::NativePathBytes(lpszNewName);
-    if (::rename(from.c_str(), to.c_str()) != 0) err = errno;
+  // The runtime's rename: it counts an injected fault and, as on Windows,
+  // never replaces an existing name.
+  const long err = ::_wrename(lpszOldName, lpszNewName) == 0 ? 0 : errno;
 #endif
-  }
   if (err) AfxThrowFileException(chartcore::FileCauseFromOsError(err), err, lpszOldName);
 }
 
